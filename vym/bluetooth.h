@@ -1,0 +1,161 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2026 The vym authors */
+
+/**
+ * @file bluetooth.h
+ * Types that several profiles share: results, addresses, UUIDs, adapter properties and states.
+ *
+ * Everything here is plain C99. Structures are passed by value through the callbacks, so their layout
+ * is part of the binary interface; it is checked by the library's own tests for 32-bit ARM.
+ */
+#ifndef VYM_BLUETOOTH_TYPES_H
+#define VYM_BLUETOOTH_TYPES_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * An enumeration that may carry any 32-bit value: states and modes pass through the library as the
+ * application or the server gave them, named here or not. C++ needs the width said; C has it.
+ */
+#ifdef __cplusplus
+#define VYM_ENUM(name) enum name : int
+#else
+#define VYM_ENUM(name) enum name
+#endif
+
+/** Result of every call. The library itself produces 0, 1 and 3; the others name what a server may
+ * report. */
+typedef VYM_ENUM(tag_bt_status){
+    BT_STATUS_SUCCESS = 0,
+    BT_STATUS_FAIL = 1,
+    BT_STATUS_NOT_READY = 2,
+    BT_STATUS_NOMEM = 3,
+    BT_STATUS_BUSY = 4,
+    BT_STATUS_DONE = 5,
+    BT_STATUS_UNSUPPORTED = 6,
+    BT_STATUS_PARM_INVALID = 7,
+    BT_STATUS_UNHANDLED = 8,
+    BT_STATUS_AUTH_FAILURE = 9,
+    BT_STATUS_RMT_DEV_DOWN = 10,
+    BT_STATUS_AUTH_REJECTED = 11,
+    BT_STATUS_JNI_ENVIRONMENT_ERROR = 12,
+    BT_STATUS_JNI_THREAD_ATTACH_ERROR = 13,
+    BT_STATUS_WAKELOCK_ERROR = 14,
+} bt_status_t;
+
+/** A device address. `address[5]` is the most significant byte, the one written first:
+ * 00:11:22:33:44:55 has `address[5]` 0x00 and `address[0]` 0x55. */
+typedef struct tag_bt_bdaddr {
+    uint8_t address[6];
+} bt_bdaddr_t;
+
+/** A 128-bit UUID. Events fill it `uu[0]` first. */
+typedef struct tag_bt_uuid {
+    uint8_t uu[16];
+} bt_uuid_t;
+
+/** One value of out-of-band pairing data: a hash (C) or a randomizer (R), `data[0]` first on the wire.
+ */
+typedef struct tag_bt_oob_data {
+    uint8_t data[16];
+} bt_oob_data_t;
+
+/** The longest device name in bytes (Core Specification, Link Manager: 248 bytes of UTF-8). */
+#define BT_NAME_MAX_LEN 248
+
+/** A device name: at most 248 bytes, always ended by a NUL in what the library returns. */
+typedef struct tag_bt_bdname {
+    uint8_t name[BT_NAME_MAX_LEN + 1];
+} bt_bdname_t;
+
+/** One bonded device as the server keeps it. */
+typedef struct tag_bt_remote_device {
+    bt_bdaddr_t address;
+    bt_bdname_t name;
+    uint32_t class_of_device;
+    /** What the server says; it may be above 16, the number of values that fit into `services`. */
+    uint8_t num_service;
+    /** 16-bit service class UUIDs (Assigned Numbers). */
+    uint16_t services[16];
+} bt_remote_device_t;
+
+/** The 128-bit service UUIDs of a remote device: `num_service_128bit` times 16 bytes, at most five. */
+typedef struct tag_bt_128_service {
+    uint8_t num_service_128bit;
+    uint8_t services_128bit[80];
+} bt_128_service_t;
+
+/** Company identifier, LMP version and subversion of a remote controller, as the server packs them. */
+typedef uint32_t bt_manufacturer_code_t;
+
+/** Power state of the local adapter. */
+typedef VYM_ENUM(tag_bt_state){
+    BT_STATE_OFF = 0,
+    BT_STATE_ON = 1,
+} bt_state_t;
+
+/** Who may find and connect to the local adapter. */
+typedef VYM_ENUM(tag_bt_scan_mode){
+    BT_SCAN_MODE_NONE = 0,
+    BT_SCAN_MODE_CONNECTABLE = 1,
+    BT_SCAN_MODE_CONNECTABLE_DISCOVERABLE = 2,
+} bt_scan_mode_t;
+
+/** State of the ACL link to a remote device. Note that "connected" is 0. */
+typedef VYM_ENUM(tag_bt_acl_state){
+    BT_ACL_STATE_CONNECTED = 0,
+    BT_ACL_STATE_DISCONNECTED = 1,
+} bt_acl_state_t;
+
+/** State of the bond with a remote device. */
+typedef VYM_ENUM(tag_bt_bond_state){
+    BT_BOND_STATE_NONE = 0,
+    BT_BOND_STATE_BONDING = 1,
+    BT_BOND_STATE_BONDED = 2,
+} bt_bond_state_t;
+
+/** State of device discovery. */
+typedef VYM_ENUM(tag_bt_discovery_state){
+    BT_DISCOVERY_STOPPED = 0,
+    BT_DISCOVERY_STARTED = 1,
+} bt_discovery_state_t;
+
+/** What secure simple pairing asks the user for. */
+typedef VYM_ENUM(tag_bt_ssp_variant){
+    BT_SSP_VARIANT_PASSKEY_CONFIRMATION = 0,
+    BT_SSP_VARIANT_PASSKEY_ENTRY = 1,
+    BT_SSP_VARIANT_CONSENT = 2,
+    BT_SSP_VARIANT_PASSKEY_NOTIFICATION = 3,
+} bt_ssp_variant_t;
+
+/** Properties of the local adapter and of remote devices, by the number they have on the wire. */
+typedef VYM_ENUM(tag_bt_property_type){
+    BT_PROPERTY_BDNAME = 1,
+    BT_PROPERTY_BDADDR = 2,
+    BT_PROPERTY_UUIDS = 3,
+    BT_PROPERTY_CLASS_OF_DEVICE = 4,
+    BT_PROPERTY_ADAPTER_SCAN_MODE = 7,
+    BT_PROPERTY_ADAPTER_BONDED_DEVICES = 8,
+    BT_PROPERTY_ADAPTER_DISCOVERY_TIMEOUT = 9,
+    BT_PROPERTY_ADAPTER_SAVED_DEVICES = 15,
+    BT_PROPERTY_REMOTE_DEVICE_PRIORITY = 32,
+    BT_PROPERTY_REMOTE_MANUFACTURER_CODE = 33,
+    /** Not a property of the server: marks a wait for the version text. */
+    BT_PROPERTY_VERSION = 34,
+    BT_PROPERTY_BONDED_DEVICE_NUM = 35,
+    BT_PROPERTY_DISCOVERY_INTERVAL = 36,
+} bt_property_type_t;
+
+/** Descriptors that the server hands over, by what they carry. */
+#define IPC_ID_SPP 0
+#define IPC_ID_AUDIO 1
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

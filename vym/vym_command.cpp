@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "vym_command.h"
+
+#include "bt_utils.h"
+#include "vym_os.h"
+#include "vym_sdk.h"
+
+#include <cassert>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr char kPrefix[] = "AT#";
+constexpr char kLineEnd[] = "\r\n";
+constexpr size_t kCountDigits = 4;
+
+// How many characters the field takes.
+bt_status_t measure(const vym::field& field, size_t* length) {
+    switch (field.kind) {
+    case vym::field_kind::hex:
+        *length = field.len;
+        break;
+    case vym::field_kind::bytes_forward:
+    case vym::field_kind::bytes_reverse:
+        *length = 2 * field.len;
+        break;
+    case vym::field_kind::block: {
+        const size_t escaped =
+            vym_escaped_length(static_cast<const unsigned char*>(field.data), field.len);
+        if (field.len > VYM_MAX_ESCAPED_LEN || escaped > VYM_MAX_ESCAPED_LEN) {
+            return BT_STATUS_NOMEM; // its count has four digits
+        }
+        *length = kCountDigits + escaped;
+        break;
+    }
+    case vym::field_kind::text: {
+        const auto* text = static_cast<const char*>(field.data);
+        // A line end inside would make a second command of what the application meant as data.
+        if (text == nullptr || strpbrk(text, kLineEnd) != nullptr) {
+            return BT_STATUS_FAIL;
+        }
+        *length = strlen(text);
+        break;
+    }
+    }
+    return BT_STATUS_SUCCESS;
+}
+
+char* put_hex(char* out, uint32_t value, size_t digits) {
+    for (size_t i = 0; i < digits; ++i) {
+        out[digits - 1 - i] = "0123456789ABCDEF"[value & 0xF];
+        value >>= 4;
+    }
+    return out + digits;
+}
+
+char* put_bytes(char* out, const uint8_t* bytes, size_t len, bool reverse) {
+    for (size_t i = 0; i < len; ++i) {
+        out = put_hex(out, bytes[reverse ? len - 1 - i : i], 2);
+    }
+    return out;
+}
+
+char* put_block(char* out, const uint8_t* data, size_t len) {
+    const size_t escaped = vym_escaped_length(data, len);
+    out = put_hex(out, static_cast<uint32_t>(escaped), kCountDigits);
+    raw_bytes_to_str_bytes(data, static_cast<unsigned short>(len),
+                           reinterpret_cast<unsigned char*>(out), nullptr);
+    return out + escaped;
+}
+
+char* put_text(char* out, const char* text) {
+    const size_t length = strlen(text);
+    memcpy(out, text, length);
+    return out + length;
+}
+
+char* put_field(char* out, const vym::field& field) {
+    switch (field.kind) {
+    case vym::field_kind::hex:
+        return put_hex(out, field.value, field.len);
+    case vym::field_kind::bytes_forward:
+        return put_bytes(out, static_cast<const uint8_t*>(field.data), field.len, false);
+    case vym::field_kind::bytes_reverse:
+        return put_bytes(out, static_cast<const uint8_t*>(field.data), field.len, true);
+    case vym::field_kind::block:
+        return put_block(out, static_cast<const uint8_t*>(field.data), field.len);
+    case vym::field_kind::text:
+        return put_text(out, static_cast<const char*>(field.data));
+    }
+    return out;
+}
+
+} // namespace
+
+extern "C" {
+
+char* vym_command_build(const char* tag, const vym::field* fields, size_t count, bt_status_t* status) {
+    size_t length = strlen(kPrefix) + strlen(tag) + strlen(kLineEnd);
+    for (size_t i = 0; i < count; ++i) {
+        size_t field_length = 0;
+        *status = measure(fields[i], &field_length);
+        if (*status != BT_STATUS_SUCCESS) {
+            return nullptr;
+        }
+        length += field_length;
+    }
+    auto* command = static_cast<char*>(malloc(length + 1));
+    if (command == nullptr) {
+        *status = BT_STATUS_NOMEM;
+        return nullptr;
+    }
+    char* out = put_text(put_text(command, kPrefix), tag);
+    for (size_t i = 0; i < count; ++i) {
+        out = put_field(out, fields[i]);
+    }
+    out = put_text(out, kLineEnd);
+    assert(out == command + length);
+    *out = '\0';
+    *status = BT_STATUS_SUCCESS;
+    return command;
+}
+
+bt_status_t vym_command_send(const char* tag, const vym::field* fields, size_t count) {
+    bt_status_t status = BT_STATUS_SUCCESS;
+    const vym::malloc_ptr<char> command(vym_command_build(tag, fields, count, &status));
+    if (command != nullptr) {
+        send_at_command(command.get(), static_cast<int>(strlen(command.get())));
+    }
+    return status;
+}
+
+} // extern "C"

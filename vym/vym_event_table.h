@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// A profile's events as a table that the compiler checks. An event whose fields go in wire order to one
+// slot is one row:
+//
+//     plain<&callbacks::bond_state_changed, byte, address, byte>("BH", "onBondStateChanged", 16),
+//
+// an event that does more is a row with a function of its own.
+#ifndef VYM_EVENT_TABLE_H
+#define VYM_EVENT_TABLE_H
+
+#include "vym_event_parser.h"
+#include "vym_field_reader.h"
+
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace vym {
+
+struct event_row {
+    const char* tag;
+    const char* name;
+    int min_length;
+    // Delivered only when its NUL is there: it has a variable tail, or its minimum is shorter than its
+    // fields.
+    bool waits_for_end;
+    // Reads the fields and calls back, if `callbacks` is not NULL; false when the event is malformed.
+    bool (*decode)(field_reader& in, void* callbacks);
+};
+
+// The kinds of field that a plain row lists.
+struct byte {
+    static constexpr int width = 2;
+    static uint8_t read(field_reader& in) { return in.byte(); }
+};
+struct uint16 {
+    static constexpr int width = 4;
+    static uint16_t read(field_reader& in) { return in.uint16(); }
+};
+struct int32 {
+    static constexpr int width = 8;
+    static int read(field_reader& in) { return static_cast<int>(in.uint32()); }
+};
+struct address {
+    static constexpr int width = 12;
+    static bt_bdaddr_t read(field_reader& in) { return in.address(); }
+};
+struct oob_data {
+    static constexpr int width = 32;
+    static bt_oob_data_t read(field_reader& in) { return in.oob_data(); }
+};
+struct rest {
+    static constexpr int width = 0;
+    static char* read(field_reader& in) { return in.rest(); }
+};
+
+template <class Field>
+constexpr bool is_tail = false;
+template <>
+inline constexpr bool is_tail<rest> = true;
+
+// Calls a slot of a table, if there is a table and it has one.
+template <class Callbacks, class... Parameters, class... Values>
+void notify(Callbacks* callbacks, void (*Callbacks::*slot)(Parameters...), Values... values) {
+    const auto call = callbacks != nullptr ? callbacks->*slot : nullptr;
+    if (call != nullptr) {
+        call(values...);
+    }
+}
+
+template <class Slot>
+struct slot_of;
+template <class Callbacks, class Function>
+struct slot_of<Function Callbacks::*> {
+    using callbacks = Callbacks;
+};
+
+template <auto Slot, class... Fields>
+bool decode_plain(field_reader& in, void* callbacks) {
+    auto* table = static_cast<typename slot_of<decltype(Slot)>::callbacks*>(callbacks);
+    // Braces read the fields in wire order.
+    const auto values = std::tuple<decltype(Fields::read(in))...>{Fields::read(in)...};
+    std::apply([table](const auto&... value) { notify(table, Slot, value...); }, values);
+    return true;
+}
+
+// Fields in wire order, handed to one slot.
+template <auto Slot, class... Fields>
+constexpr event_row plain(const char* tag, const char* name, int min_length) {
+    constexpr int width = (0 + ... + Fields::width);
+    constexpr bool tail = (false || ... || is_tail<Fields>);
+    return {tag, name, min_length, tail || min_length < width, decode_plain<Slot, Fields...>};
+}
+
+template <class Callbacks, bool (*Body)(field_reader&, Callbacks*)>
+bool decode_body(field_reader& in, void* callbacks) {
+    return Body(in, static_cast<Callbacks*>(callbacks));
+}
+
+// Rows with a function of their own: `fixed` for fixed fields of `width` characters, `with_tail` for
+// events that end in a block or a text.
+template <class Callbacks>
+struct bodies {
+    template <bool (*Body)(field_reader&, Callbacks*)>
+    static constexpr event_row fixed(const char* tag, const char* name, int min_length, int width) {
+        return {tag, name, min_length, min_length < width, decode_body<Callbacks, Body>};
+    }
+    template <bool (*Body)(field_reader&, Callbacks*)>
+    static constexpr event_row with_tail(const char* tag, const char* name, int min_length) {
+        return {tag, name, min_length, true, decode_body<Callbacks, Body>};
+    }
+};
+
+// Tags have two or three letters and none begins with another, so the order of rows never decides.
+template <size_t N>
+constexpr bool tags_are_distinct(const event_row (&rows)[N]) {
+    for (size_t i = 0; i < N; ++i) {
+        const std::string_view tag = rows[i].tag;
+        if (tag.size() < 2 || tag.size() > 3) {
+            return false;
+        }
+        for (size_t j = 0; j < N; ++j) {
+            const std::string_view other = rows[j].tag;
+            if (i != j && other.size() >= tag.size() && other.compare(0, tag.size(), tag) == 0) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+inline int decode_event(const event_row& row, void* callbacks, uint8_t* buffer, int pos) {
+    field_reader in(buffer, pos);
+    if (row.waits_for_end && !in.complete()) {
+        return -1;
+    }
+    return row.decode(in, callbacks) ? in.pos() : -1;
+}
+
+// The four functions that the framework wants of row `I`.
+template <const auto& Rows, auto& Parser, size_t I>
+struct entry {
+    static const char* get_keyword() { return Rows[I].tag; }
+    static const char* get_tag() { return Rows[I].name; }
+    static int get_min_expected_length() { return Rows[I].min_length; }
+    static int parse(uint8_t* buffer, int pos) {
+        return decode_event(Rows[I], Parser != nullptr ? Parser->cbk : nullptr, buffer, pos);
+    }
+};
+
+template <const auto& Rows, auto& Parser, size_t... I>
+void fill_entries(parser_t* list, std::index_sequence<I...>) {
+    ((list[I] = {entry<Rows, Parser, I>::get_keyword, entry<Rows, Parser, I>::get_tag,
+                 entry<Rows, Parser, I>::get_min_expected_length, entry<Rows, Parser, I>::parse}),
+     ...);
+}
+
+// Makes a profile's parser of its rows. `Parser` is the profile's pointer to the parser in use, through
+// which the entries reach the callbacks. NULL without memory.
+template <const auto& Rows, auto& Parser, class Derived, class Callbacks>
+event_parser_t* create_profile_parser(Callbacks* callbacks) {
+    constexpr size_t count = std::size(Rows);
+    static_assert(tags_are_distinct(Rows));
+    event_parser_t* base = create_event_parser();
+    auto* list = static_cast<parser_t*>(malloc(count * sizeof(parser_t)));
+    auto* parser = base != nullptr ? static_cast<Derived*>(realloc(base, sizeof(Derived))) : nullptr;
+    if (parser == nullptr || list == nullptr) {
+        free(parser != nullptr ? static_cast<void*>(parser) : base);
+        free(list);
+        return nullptr;
+    }
+    fill_entries<Rows, Parser>(list, std::make_index_sequence<count>());
+    parser->base.num_of_parsers = static_cast<int>(count);
+    parser->base.parser_list = list;
+    parser->cbk = callbacks;
+    Parser = parser;
+    return &parser->base;
+}
+
+template <auto& Parser>
+void destroy_profile_parser(event_parser_t* parser) {
+    if (parser == nullptr) {
+        return;
+    }
+    if (reinterpret_cast<event_parser_t*>(Parser) == parser) {
+        Parser = nullptr;
+    }
+    free(parser->parser_list);
+    free(parser);
+}
+
+} // namespace vym
+
+#endif

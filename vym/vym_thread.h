@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// A mutex that needs no construction and no destruction, with annotations that clang checks
+// (-Wthread-safety): what a lock guards is written on the member.
+#ifndef VYM_THREAD_H
+#define VYM_THREAD_H
+
+#include <pthread.h>
+
+#if defined(__clang__)
+#define VYM_THREAD_ANNOTATION(x) __attribute__((x))
+#else
+#define VYM_THREAD_ANNOTATION(x)
+#endif
+
+#define VYM_GUARDED_BY(lock) VYM_THREAD_ANNOTATION(guarded_by(lock))
+#define VYM_REQUIRES(lock) VYM_THREAD_ANNOTATION(requires_capability(lock))
+#define VYM_EXCLUDES(lock) VYM_THREAD_ANNOTATION(locks_excluded(lock))
+
+namespace vym {
+
+// Trivially destructible on purpose: threads of the application may still use the library while the
+// process exits, and a profile's calls must be harmless after its done.
+class VYM_THREAD_ANNOTATION(capability("mutex")) mutex {
+public:
+    constexpr mutex() = default;
+    mutex(const mutex&) = delete;
+    mutex& operator=(const mutex&) = delete;
+
+    void lock() VYM_THREAD_ANNOTATION(acquire_capability()) { pthread_mutex_lock(&m_mutex); }
+    void unlock() VYM_THREAD_ANNOTATION(release_capability()) { pthread_mutex_unlock(&m_mutex); }
+
+private:
+    pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
+};
+
+class VYM_THREAD_ANNOTATION(scoped_lockable) lock_guard {
+public:
+    explicit lock_guard(mutex& held) VYM_THREAD_ANNOTATION(acquire_capability(held)) : m_held(held) {
+        held.lock();
+    }
+    ~lock_guard() VYM_THREAD_ANNOTATION(release_capability()) { m_held.unlock(); }
+    lock_guard(const lock_guard&) = delete;
+    lock_guard& operator=(const lock_guard&) = delete;
+
+private:
+    mutex& m_held;
+};
+
+} // namespace vym
+
+#endif
