@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "audio.h"
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <fcntl.h>
+#include <sys/socket.h>
+
+namespace sim {
+namespace {
+
+constexpr uint8_t kTransportAudio = 1;
+constexpr char kStreamVoice = 0;
+constexpr char kCodecCvsd = 1;
+constexpr uint16_t kDataBytes = 120;
+// Room for a fraction of a second: a client that stops reading finds fresh packets when it returns, not
+// old ones.
+constexpr int kSendBuffer = 16 * 1024;
+
+/// 16-bit samples of a 440 Hz tone at 8 kHz; `phase` counts samples across packets.
+std::string tone(uint32_t& phase) {
+    constexpr double kStep = 2.0 * 3.14159265358979323846 * 440.0 / 8000.0;
+    std::string data;
+    while (data.size() < kDataBytes) {
+        const auto sample = static_cast<int16_t>(std::lround(8000.0 * std::sin(kStep * phase)));
+        data += le16(static_cast<uint16_t>(sample));
+        // 200 samples are 11 whole waves.
+        phase = (phase + 1) % 200;
+    }
+    return data;
+}
+
+} // namespace
+
+void Audio::open() {
+    std::array<int, 2> pair{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0) {
+        hub_.log.problem("no descriptor for audio: " +
+                         asio::error_code(errno, asio::system_category()).message());
+        return;
+    }
+    // Only this end: the client's reads block, as on a real transport.
+    fcntl(pair[0], F_SETFL, O_NONBLOCK);
+    setsockopt(pair[0], SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
+    close();
+    fd_.emplace(hub_.loop, pair[0]);
+    ++run_;
+    sent_packets_ = dropped_packets_ = voice_bytes_ = 0;
+    await_voice();
+    due_ = std::chrono::steady_clock::now() + hub_.pace.audio_packet;
+    timer_.start_at(due_, [this] { tick(); });
+    hub_.out.hand_over(kTransportAudio, UniqueFd(pair[1]));
+}
+
+void Audio::close() {
+    if (!fd_) {
+        return;
+    }
+    timer_.stop();
+    fd_.reset();
+    unsent_.clear();
+    hub_.log.note("audio closed: " + std::to_string(sent_packets_) + " packets sent, " +
+                  std::to_string(dropped_packets_) + " dropped, " + std::to_string(voice_bytes_) +
+                  " voice bytes received");
+}
+
+void Audio::tick() {
+    if (hub_.world.adapter.powered && hub_.world.any_link()) {
+        stream_one();
+    }
+    if (!fd_) {
+        return;
+    }
+    // Paced from the last due time, so that late wake-ups do not add up; after a long stop there is no
+    // burst.
+    const auto now = std::chrono::steady_clock::now();
+    due_ += hub_.pace.audio_packet;
+    if (due_ < now - 10 * hub_.pace.audio_packet) {
+        due_ = now;
+    }
+    timer_.start_at(due_, [this] { tick(); });
+}
+
+void Audio::stream_one() {
+    const bool whole = unsent_.empty();
+    if (whole) {
+        unsent_ = std::string{kStreamVoice, kCodecCvsd} + le16(kDataBytes) + tone(phase_);
+    }
+    const ssize_t count =
+        send(fd_->native_handle(), unsent_.data(), unsent_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count >= 0) {
+        sent_packets_ += whole ? 1 : 0;
+        unsent_.erase(0, static_cast<size_t>(count));
+    } else if (errno == EAGAIN || errno == EINTR || errno == ENOBUFS) {
+        ++dropped_packets_;
+        if (whole) {
+            unsent_.clear();
+        }
+    } else {
+        close();
+    }
+}
+
+void Audio::await_voice() {
+    fd_->async_wait(asio::posix::stream_descriptor::wait_read,
+                    [this, run = run_](const asio::error_code& error) {
+                        if (!error && fd_ && run == run_) {
+                            read_voice();
+                        }
+                    });
+}
+
+void Audio::read_voice() {
+    std::array<char, 4096> chunk{};
+    const ssize_t count = recv(fd_->native_handle(), chunk.data(), chunk.size(), MSG_DONTWAIT);
+    if (count > 0) {
+        if (voice_bytes_ == 0) {
+            hub_.log.note("voice from the client begins");
+        }
+        voice_bytes_ += static_cast<size_t>(count);
+    } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
+        // The client has ended its side; the next enable hands over a new descriptor.
+        close();
+        return;
+    }
+    await_voice();
+}
+
+} // namespace sim
