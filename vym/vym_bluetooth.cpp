@@ -165,21 +165,12 @@ extern "C" {
 
 void vym_bluetooth_init(bluetooth_callback_t* cbk) {
     vym_adapter_open(cbk);
-    // Initialised again without done: the parser stays where it is, unless a new start emptied the
-    // registry.
-    if (s_bluetooth_event_parser == nullptr) {
-        s_bluetooth_event_parser = create_bluetooth_event_parser(vym_adapter_handlers());
-    }
-    if (s_bluetooth_event_parser != nullptr &&
-        vym_event_parser_is_registered(s_bluetooth_event_parser) == 0) {
-        register_event_parser(s_bluetooth_event_parser);
-    }
+    vym_profile_start(&s_bluetooth_event_parser, create_bluetooth_event_parser(vym_adapter_handlers()),
+                      destroy_bluetooth_event_parser);
 }
 
 void vym_bluetooth_done(void) {
-    unregister_event_parser(s_bluetooth_event_parser);
-    destroy_bluetooth_event_parser(s_bluetooth_event_parser);
-    s_bluetooth_event_parser = nullptr;
+    vym_profile_stop(&s_bluetooth_event_parser, destroy_bluetooth_event_parser);
     vym_adapter_close();
 }
 

@@ -5,6 +5,7 @@
 
 #include "vym_event_table.h"
 
+#include <atomic>
 #include <cstdio>
 
 namespace {
@@ -12,7 +13,7 @@ namespace {
 using callbacks = bluetooth_impl_callback_t;
 using namespace vym;
 
-bluetooth_event_parser_t* s_evt_parser;
+std::atomic<bluetooth_event_parser_t*> s_evt_parser;
 
 // BB: property records, escaped as a whole.
 bool BB_parse(field_reader& in, callbacks* cbk) {

@@ -418,10 +418,9 @@ void empty_server_list() VYM_REQUIRES(s_adapter.cache_lock) {
 
 extern "C" {
 
-int vym_adapter_open(bluetooth_callback_t* cbk) {
+void vym_adapter_open(bluetooth_callback_t* cbk) {
     vym::lock_guard held(s_adapter.event_lock);
-    const bool first = !s_adapter.open;
-    if (first) {
+    if (!s_adapter.open) {
         sem_init(&s_adapter.sem, 0, 0);
     }
     s_adapter.open = true;
@@ -432,7 +431,6 @@ int vym_adapter_open(bluetooth_callback_t* cbk) {
     s_adapter.current_req_api = vym::kNoRequest;
     empty_server_list();
     has_room_for_device(); // the first four; without memory the next record tries again
-    return first ? 1 : 0;
 }
 
 void vym_adapter_close(void) {

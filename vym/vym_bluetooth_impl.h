@@ -73,8 +73,8 @@ void vym_bonded_list_clear(void);
  * The adapter's state: what the server said last, and the wait for an answer.
  */
 
-/** Prepares the state; a second time it empties what it holds. @return whether it is the first time. */
-int vym_adapter_open(bluetooth_callback_t* cbk);
+/** Prepares the state; a second time it empties what it holds. */
+void vym_adapter_open(bluetooth_callback_t* cbk);
 
 /** Releases the state. A getter that waits is let go first. */
 void vym_adapter_close(void);

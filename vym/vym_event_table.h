@@ -148,7 +148,8 @@ struct entry {
     static const char* get_tag() { return Rows[I].name; }
     static int get_min_expected_length() { return Rows[I].min_length; }
     static int parse(uint8_t* buffer, int pos) {
-        return decode_event(Rows[I], Parser != nullptr ? Parser->cbk : nullptr, buffer, pos);
+        const auto* parser = Parser.load();
+        return decode_event(Rows[I], parser != nullptr ? parser->cbk : nullptr, buffer, pos);
     }
 };
 
@@ -186,9 +187,8 @@ void destroy_profile_parser(event_parser_t* parser) {
     if (parser == nullptr) {
         return;
     }
-    if (reinterpret_cast<event_parser_t*>(Parser) == parser) {
-        Parser = nullptr;
-    }
+    auto* derived = reinterpret_cast<decltype(Parser.load())>(parser);
+    Parser.compare_exchange_strong(derived, nullptr); // unless a newer one is in use already
     free(parser->parser_list);
     free(parser);
 }

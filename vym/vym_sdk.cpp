@@ -257,6 +257,18 @@ void remove_unknown_parser() {
     }
 }
 
+// Puts a parser where another was; false when that has no slot (a new start emptied the registry).
+bool take_slot_of(const event_parser_t* old, event_parser_t* fresh) {
+    vym::lock_guard held(parsers_lock);
+    for (event_parser_t*& slot : s_parsers) {
+        if (old != nullptr && slot == old) {
+            slot = fresh;
+            return true;
+        }
+    }
+    return false;
+}
+
 void shut_down() {
     s_running = 0; // ends a wait for a descriptor, which would hold the parsers' lock
     vym_debug_close();
@@ -432,14 +444,23 @@ void unregister_event_parser(event_parser_t* parser) {
     }
 }
 
-int vym_event_parser_is_registered(const event_parser_t* parser) {
-    vym::lock_guard held(parsers_lock);
-    for (const event_parser_t* slot : s_parsers) {
-        if (slot == parser) {
-            return 1;
-        }
+void vym_profile_start(event_parser_t** current, event_parser_t* fresh,
+                       void (*destroy)(event_parser_t*)) {
+    if (fresh == nullptr) {
+        return;
     }
-    return 0;
+    event_parser_t* old = *current;
+    if (!take_slot_of(old, fresh)) {
+        register_event_parser(fresh);
+    }
+    *current = fresh;
+    destroy(old);
+}
+
+void vym_profile_stop(event_parser_t** current, void (*destroy)(event_parser_t*)) {
+    unregister_event_parser(*current);
+    destroy(*current);
+    *current = nullptr;
 }
 
 int recv_data_transport_fd(void) {

@@ -91,8 +91,20 @@ void register_event_parser(event_parser_t* parser);
  */
 void unregister_event_parser(event_parser_t* parser);
 
-/** Whether the parser has a slot in the registry. */
-int vym_event_parser_is_registered(const event_parser_t* parser);
+/**
+ * Registers a profile's new parser. When the profile was not shut down before, the new parser takes the
+ * old one's slot, so that initialising twice neither uses up a slot nor disturbs another profile's.
+ *
+ * @param current the profile's parser so far, NULL for none; the new one afterwards.
+ * @param fresh   the new parser; NULL (no memory) changes nothing.
+ * @param destroy frees the old parser.
+ */
+void vym_profile_start(event_parser_t** current, event_parser_t* fresh,
+                       void (*destroy)(event_parser_t*));
+
+/** Unregisters and destroys a profile's parser, if it has one. When it returns, none of it is in use.
+ */
+void vym_profile_stop(event_parser_t** current, void (*destroy)(event_parser_t*));
 
 /** Connects to "<path>/vym_socket" and starts the receive thread. @return descriptor > 0, or -1. */
 int connect_to_server(const char* path);
