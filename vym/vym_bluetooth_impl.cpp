@@ -7,7 +7,7 @@
 #include "vym_bluetooth_impl.h"
 
 #include "bt_utils.h"
-#include "vym_event_table.h"
+#include "vym_delegate.h"
 #include "vym_sdk.h"
 
 #include <atomic>
@@ -24,7 +24,7 @@ adapter_state s_adapter;
 
 namespace {
 
-using vym::notify;
+using vym::pass_on;
 using vym::s_adapter;
 using app = bluetooth_callback_t;
 
@@ -35,6 +35,7 @@ constexpr int kTransports = 2;
 // What an LE test command's completion belongs to.
 enum le_test_t { LE_TEST_RECEIVE = 1, LE_TEST_TRANSMIT = 2, LE_TEST_END = 3 };
 
+std::atomic<bluetooth_callback_t*> s_delegate; // the application's table
 std::atomic<int> is_acl_connected{0};
 // Survives done: whoever registered is still called when the adapter is started again.
 std::atomic<data_transport_established_impl_callback> s_data_transport_cb[kTransports];
@@ -42,7 +43,7 @@ std::atomic<data_transport_established_impl_callback> s_data_transport_cb[kTrans
 // Calls the application, if it wants to know.
 template <class Slot, class... Values>
 void tell(Slot slot, Values... values) {
-    notify(s_adapter.cbk.load(), slot, values...);
+    vym::notify(s_delegate.load(), slot, values...);
 }
 
 struct record_t {
@@ -378,33 +379,25 @@ void on_le_test_cmd_complete_cbk(uint8_t op_code, uint8_t status, uint16_t num_p
     }
 }
 
-// A handler that only passes its event on to the application's slot.
-template <auto Slot>
-struct pass_on;
-template <class... Parameters, void (*app::*Slot)(Parameters...)>
-struct pass_on<Slot> {
-    static void handler(Parameters... values) { tell(Slot, values...); }
-};
-
 bluetooth_impl_callback_t s_handlers = {
     on_state_changed_cbk,
     on_bt_version_cbk,
     on_data_transport_established_cbk,
     on_adapter_properties_cbk,
     on_remote_device_properties_cbk,
-    pass_on<&app::device_found_cb>::handler,
-    pass_on<&app::discovery_state_changed_cb>::handler,
-    pass_on<&app::pin_request_cb>::handler,
-    pass_on<&app::ssp_request_cb>::handler,
+    pass_on<s_delegate, &app::device_found_cb>::handler,
+    pass_on<s_delegate, &app::discovery_state_changed_cb>::handler,
+    pass_on<s_delegate, &app::pin_request_cb>::handler,
+    pass_on<s_delegate, &app::ssp_request_cb>::handler,
     on_bond_state_changed_cbk,
     on_acl_state_changed_cbk,
-    pass_on<&app::app_gap_started_cb>::handler,
+    pass_on<s_delegate, &app::app_gap_started_cb>::handler,
     on_connection_auth_req_cbk,
     on_le_test_cmd_complete_cbk,
-    pass_on<&app::read_bt_address_cb>::handler,
-    pass_on<&app::read_rssi_cb>::handler,
-    pass_on<&app::read_local_device_oob_data_cb>::handler,
-    pass_on<&app::read_local_device_oob_data_ex_cb>::handler,
+    pass_on<s_delegate, &app::read_bt_address_cb>::handler,
+    pass_on<s_delegate, &app::read_rssi_cb>::handler,
+    pass_on<s_delegate, &app::read_local_device_oob_data_cb>::handler,
+    pass_on<s_delegate, &app::read_local_device_oob_data_ex_cb>::handler,
 };
 
 void empty_server_list() VYM_REQUIRES(s_adapter.cache_lock) {
@@ -424,7 +417,7 @@ void vym_adapter_open(bluetooth_callback_t* cbk) {
         sem_init(&s_adapter.sem, 0, 0);
     }
     s_adapter.open = true;
-    s_adapter.cbk = cbk;
+    s_delegate = cbk;
     vym_bonded_list_clear();
 
     vym::lock_guard cache_held(s_adapter.cache_lock);
@@ -439,7 +432,7 @@ void vym_adapter_close(void) {
         return;
     }
     s_adapter.open = false;
-    s_adapter.cbk = nullptr;
+    s_delegate = nullptr;
     sem_destroy(&s_adapter.sem);
     vym_bonded_list_clear();
 

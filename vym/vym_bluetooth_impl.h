@@ -90,7 +90,6 @@ int vym_adapter_is_acl_connected(void);
 
 #include "vym_thread.h"
 
-#include <atomic>
 #include <semaphore.h>
 
 namespace vym {
@@ -106,8 +105,6 @@ struct adapter_state {
     bool open VYM_GUARDED_BY(event_lock); // `sem` exists
     sem_t sem;                            // posted when the awaited property arrives
     bt_state_t state VYM_GUARDED_BY(event_lock);
-
-    std::atomic<bluetooth_callback_t*> cbk; // the application's
 
     int current_req_api VYM_GUARDED_BY(cache_lock) = kNoRequest; // the awaited property
     bt_bdaddr_t rmt_device VYM_GUARDED_BY(cache_lock); // the device a remote getter asks about

@@ -10,6 +10,7 @@
 #ifndef VYM_EVENT_TABLE_H
 #define VYM_EVENT_TABLE_H
 
+#include "vym_delegate.h"
 #include "vym_event_parser.h"
 #include "vym_field_reader.h"
 
@@ -62,15 +63,6 @@ template <class Field>
 constexpr bool is_tail = false;
 template <>
 inline constexpr bool is_tail<rest> = true;
-
-// Calls a slot of a table, if there is a table and it has one.
-template <class Callbacks, class... Parameters, class... Values>
-void notify(Callbacks* callbacks, void (*Callbacks::*slot)(Parameters...), Values... values) {
-    const auto call = callbacks != nullptr ? callbacks->*slot : nullptr;
-    if (call != nullptr) {
-        call(values...);
-    }
-}
 
 template <class Slot>
 struct slot_of;
