@@ -387,12 +387,12 @@ void* receive_message_proc(void* arg) {
         const int expected_bytes = kBufferFill - static_cast<int>(s_offset);
         const ssize_t read_bytes =
             read_all(server, s_buffer + s_offset, static_cast<size_t>(expected_bytes));
-        if (read_bytes <= 0) {
+        if (read_bytes > 0) {
+            handle_text(static_cast<int>(read_bytes), expected_bytes);
+        } else if (s_running != 0) {
             // Nothing from the server, or it is gone; there is no reconnection, and no spinning either.
             usleep(kPauseUs);
-            continue;
         }
-        handle_text(static_cast<int>(read_bytes), expected_bytes);
     }
     t_is_receive_thread = false;
     return nullptr;
