@@ -1,0 +1,51 @@
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 The vym authors
+
+# A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
+
+.DEFAULT_GOAL := help
+.PHONY: demo test unit asan tsan arm musl lint format library install clean help
+PREFIX ?= /usr/local
+
+demo: ## see the library at work against a simulated server
+	@scripts/demo
+
+test: ## all tests: debug, sanitizers, 32-bit ARM under emulation
+	@scripts/test
+
+unit: ## the tests of the debug build only
+	@scripts/test dev
+
+musl: ## the library with the musl C library
+	@scripts/test musl
+
+asan: ## the tests with the address and undefined-behaviour sanitizers
+	@scripts/test asan
+
+tsan: ## the tests with the thread sanitizer
+	@scripts/test tsan
+
+arm: ## the tests on 32-bit ARM under emulation
+	@scripts/test arm
+
+lint: ## formatting and static analysis
+	@scripts/lint
+
+format: ## format the sources
+	@scripts/install-packages lint
+	@scripts/format
+
+library: ## the release build of the library alone; needs nothing but a compiler and CMake
+	@cmake -S . -B build/library -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DVYM_BUILD_SIM=OFF \
+		-DVYM_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	@cmake --build build/library
+
+install: library ## install the library for release builds (PREFIX=/usr/local, DESTDIR)
+	@cmake --install build/library --prefix $(PREFIX)
+
+clean: ## remove everything that was built
+	rm -rf build
+
+help: ## this list
+	@echo 'usage: make <target>'
+	@sed -n 's/^\([a-z]*\):[^#]*## \(.*\)$$/  \1|\2/p' Makefile | awk -F '|' '{ printf "%-11s %s\n", $$1, $$2 }'

@@ -1,0 +1,60 @@
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 The vym authors
+
+# Copies headers without what is meant for the library's own sources:
+#     cmake -D FROM=<dir> -D TO=<dir> -D "HEADERS=<name;...>" -P strip_internal.cmake
+# Left out is everything from "#ifndef VYM_API_ONLY" to the "#endif" that belongs to it.
+
+cmake_minimum_required(VERSION 3.25)
+
+# Lines are cut off one by one: a CMake list would trip over the semicolons of C.
+function(strip_internal text_var name)
+    set(rest "${${text_var}}")
+    set(kept "")
+    set(depth 0)
+    while(NOT rest STREQUAL "")
+        string(FIND "${rest}" "\n" end)
+        if(end EQUAL -1)
+            message(FATAL_ERROR "${name}: the last line does not end with a line feed")
+        endif()
+        math(EXPR end "${end} + 1")
+        string(SUBSTRING "${rest}" 0 ${end} line)
+        string(SUBSTRING "${rest}" ${end} -1 rest)
+        if(depth EQUAL 0 AND NOT line MATCHES "^#ifndef VYM_API_ONLY\n")
+            string(APPEND kept "${line}")
+        elseif(line MATCHES "^ *# *if")
+            math(EXPR depth "${depth} + 1")
+        elseif(depth EQUAL 1 AND line MATCHES "^ *# *el")
+            message(FATAL_ERROR "${name}: '#ifndef VYM_API_ONLY' must not have another branch")
+        elseif(line MATCHES "^ *# *endif")
+            math(EXPR depth "${depth} - 1")
+        endif()
+    endwhile()
+    if(NOT depth EQUAL 0)
+        message(FATAL_ERROR "${name}: '#ifndef VYM_API_ONLY' has no '#endif'")
+    endif()
+    if(kept MATCHES "VYM_API_ONLY")
+        message(FATAL_ERROR "${name}: the only form that is understood is '#ifndef VYM_API_ONLY'")
+    endif()
+    string(REGEX REPLACE "\n\n\n+" "\n\n" kept "${kept}")
+    set(${text_var} "${kept}" PARENT_SCOPE)
+endfunction()
+
+file(GLOB present RELATIVE "${TO}" "${TO}/*.h")
+foreach(header IN LISTS present)
+    if(NOT header IN_LIST HEADERS)
+        file(REMOVE "${TO}/${header}")
+    endif()
+endforeach()
+foreach(header IN LISTS HEADERS)
+    file(READ "${FROM}/${header}" text)
+    strip_internal(text "${header}")
+    set(before "")
+    if(EXISTS "${TO}/${header}")
+        file(READ "${TO}/${header}" before)
+    endif()
+    # Rewriting an unchanged header would rebuild everything that includes it.
+    if(NOT before STREQUAL text)
+        file(WRITE "${TO}/${header}" "${text}")
+    endif()
+endforeach()
