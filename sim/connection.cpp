@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "connection.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <sys/socket.h>
+
+namespace sim {
+namespace {
+
+// With this much waiting for the client, its commands are left unread until it has read its events:
+// memory stays bounded whatever it asks for.
+constexpr size_t kHighWater = size_t{256} * 1024;
+
+bool would_block(int error) {
+    return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
+}
+
+long send_with_descriptor(int socket, std::string_view bytes, int fd) {
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+    // sendmsg() does not write through the pointer that iovec wants without const.
+    iovec part{const_cast<char*>(bytes.data()), bytes.size()};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof(int));
+    std::memcpy(CMSG_DATA(header), &fd, sizeof(int));
+    return sendmsg(socket, &message, MSG_NOSIGNAL);
+}
+
+} // namespace
+
+Connection::Connection(Socket socket, Traffic& traffic, Listener listener)
+    : socket_(std::move(socket)), traffic_(traffic), listener_(std::move(listener)),
+      framer_({[this](std::string_view line) {
+                   traffic_.received(line);
+                   listener_.line(line);
+               },
+               [this](std::string_view bytes, bool first) {
+                   traffic_.received(bytes);
+                   if (first) {
+                       listener_.line_too_long();
+                   }
+               }}) {
+    socket_.native_non_blocking(true);
+}
+
+void Connection::finish() {
+    ended_ = true;
+    // What crossed the socket without its end mark is part of the traffic too.
+    traffic_.received(framer_.unfinished());
+    if (!queue_.empty()) {
+        traffic_.sent(std::string_view(queue_.front().bytes).substr(0, front_written_));
+    }
+    queue_.clear();
+    asio::error_code ignored;
+    socket_.close(ignored);
+}
+
+void Connection::start() {
+    await_input();
+}
+
+void Connection::await_input() {
+    if (awaiting_input_ || ended_ || queued_bytes_ > kHighWater) {
+        return;
+    }
+    awaiting_input_ = true;
+    socket_.async_wait(Socket::wait_read, [self = shared_from_this()](const asio::error_code& error) {
+        self->awaiting_input_ = false;
+        if (!error && !self->ended_) {
+            self->read_some();
+        }
+    });
+}
+
+void Connection::read_some() {
+    std::array<char, 4096> chunk{};
+    const ssize_t count = recv(socket_.native_handle(), chunk.data(), chunk.size(), 0);
+    if (count > 0) {
+        framer_.feed({chunk.data(), static_cast<size_t>(count)});
+    } else if (count == 0 || !would_block(errno)) {
+        ended_ = true;
+        listener_.gone();
+    }
+    await_input();
+}
+
+void Connection::send(std::string bytes) {
+    queued_bytes_ += bytes.size();
+    queue_.push_back({std::move(bytes), UniqueFd()});
+    flush();
+}
+
+void Connection::send_descriptor(UniqueFd fd) {
+    queued_bytes_ += 1;
+    queue_.push_back({std::string(1, '\0'), std::move(fd)});
+    flush();
+}
+
+long Connection::write_front() {
+    const Item& item = queue_.front();
+    const std::string_view rest = std::string_view(item.bytes).substr(front_written_);
+    if (item.fd) {
+        return send_with_descriptor(socket_.native_handle(), rest, item.fd.get());
+    }
+    return ::send(socket_.native_handle(), rest.data(), rest.size(), MSG_NOSIGNAL);
+}
+
+void Connection::front_sent() {
+    const Item& item = queue_.front();
+    if (item.fd) {
+        traffic_.sent_descriptor(item.bytes);
+    } else {
+        traffic_.sent(item.bytes);
+    }
+    queued_bytes_ -= item.bytes.size();
+    front_written_ = 0;
+    queue_.pop_front();
+}
+
+void Connection::flush() {
+    if (awaiting_output_ || ended_) {
+        return;
+    }
+    while (!queue_.empty() && !output_broken_) {
+        const long count = write_front();
+        if (count >= 0) {
+            front_written_ += static_cast<size_t>(count);
+            if (front_written_ == queue_.front().bytes.size()) {
+                front_sent();
+            }
+        } else if (would_block(errno)) {
+            awaiting_output_ = true;
+            socket_.async_wait(Socket::wait_write,
+                               [self = shared_from_this()](const asio::error_code& error) {
+                                   self->awaiting_output_ = false;
+                                   if (!error) {
+                                       self->flush();
+                                       self->await_input();
+                                   }
+                               });
+            return;
+        } else {
+            output_broken_ = true;
+        }
+    }
+    if (output_broken_) {
+        // The client is dying. Its last commands still count: reading goes on until its end.
+        queue_.clear();
+        queued_bytes_ = front_written_ = 0;
+    }
+}
+
+} // namespace sim

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// What the simulator tells the person who watches it: one line per happening.
+#ifndef VYM_SIM_LOG_H
+#define VYM_SIM_LOG_H
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace sim {
+
+enum class LogLevel {
+    Quiet,    // nothing
+    Problems, // commands that were not understood
+    All,      // every command, event and note
+};
+
+class Log {
+public:
+    Log(LogLevel level, std::ostream& out) : level_(level), out_(out) {}
+
+    void command(std::string_view line) { write(LogLevel::All, "<- ", line); }
+    void event(std::string_view line) { write(LogLevel::All, "-> ", line); }
+    void note(std::string_view line) { write(LogLevel::All, "   ", line); }
+    void problem(std::string_view line) { write(LogLevel::Problems, "vym-sim: ", line); }
+
+private:
+    void write(LogLevel least, std::string_view mark, std::string_view line) {
+        if (level_ >= least) {
+            // One insertion and a flush: lines of two processes on one terminal must not mix.
+            out_ << std::string(mark).append(line).append("\n") << std::flush;
+        }
+    }
+
+    LogLevel level_;
+    std::ostream& out_;
+};
+
+} // namespace sim
+
+#endif

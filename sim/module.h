@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// What a part of the simulated server looks like. A profile is one module: a file with a class, its
+// state and its table of commands; server.cpp lists the modules.
+#ifndef VYM_SIM_MODULE_H
+#define VYM_SIM_MODULE_H
+
+#include "log.h"
+#include "unique_fd.h"
+#include "wire.h"
+#include "world.h"
+
+#include <asio/io_context.hpp>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace sim {
+
+/// Durations of the world; tests shorten them.
+struct Pace {
+    std::chrono::milliseconds discovery_step{150};
+    std::chrono::milliseconds pairing_timeout{30000};
+    std::chrono::milliseconds audio_packet{20};
+    /// One second of the discoverable time-out.
+    std::chrono::milliseconds discoverable_second{1000};
+};
+
+/// The way to the client. While no client is connected, everything sent is dropped.
+class Outbox {
+public:
+    virtual ~Outbox() = default;
+    virtual void send(const Event& event) = 0;
+    /// Announces a data transport and passes the client its end of it.
+    virtual void hand_over(uint8_t id, UniqueFd fd) = 0;
+};
+
+/// What all modules share.
+struct Hub {
+    asio::io_context& loop;
+    World& world;
+    Outbox& out;
+    Log& log;
+    const Pace& pace;
+    /// Tells every module that the radio goes off.
+    std::function<void()> radio_off;
+};
+
+struct Command {
+    std::string_view tag;
+    std::string_view name;
+    std::function<void(Fields&)> run;
+};
+
+class Module {
+public:
+    explicit Module(Hub& hub) : hub_(hub) {}
+    virtual ~Module() = default;
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+
+    virtual std::vector<Command> commands() = 0;
+    /// The radio goes off: end what needs it. Called before the links drop.
+    virtual void radio_off() {}
+    /// The client is gone: end what was meant for it.
+    virtual void client_left() {}
+
+protected:
+    Hub& hub() { return hub_; }
+    World& world() { return hub_.world; }
+    void send(const Event& event) { hub_.out.send(event); }
+
+    /// One row of commands(): a tag, its name and the member function that carries it out.
+    template <typename Derived>
+    Command row(std::string_view tag, std::string_view name, void (Derived::*handler)(Fields&)) {
+        return {tag, name,
+                [self = static_cast<Derived*>(this), handler](Fields& f) { (self->*handler)(f); }};
+    }
+
+private:
+    Hub& hub_;
+};
+
+/// Events that several modules send.
+Event link_event(const Device& device);
+Event bond_event(Status status, const Address& address, BondState state);
+
+/// Brings the link to a device up or down and reports it, unless it is so already.
+void set_link(Hub& hub, Device& device, bool up);
+
+} // namespace sim
+
+#endif

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// The modules of the simulated server. A new profile adds its file and one line here.
+#ifndef VYM_SIM_MODULES_H
+#define VYM_SIM_MODULES_H
+
+#include "module.h"
+
+#include <memory>
+
+namespace sim {
+
+std::unique_ptr<Module> make_power(Hub& hub);
+std::unique_ptr<Module> make_adapter_properties(Hub& hub);
+std::unique_ptr<Module> make_device_properties(Hub& hub);
+std::unique_ptr<Module> make_discovery(Hub& hub);
+std::unique_ptr<Module> make_bonding(Hub& hub);
+std::unique_ptr<Module> make_radio(Hub& hub);
+
+inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
+    std::vector<std::unique_ptr<Module>> modules;
+    modules.push_back(make_power(hub));
+    modules.push_back(make_adapter_properties(hub));
+    modules.push_back(make_device_properties(hub));
+    modules.push_back(make_discovery(hub));
+    modules.push_back(make_bonding(hub));
+    modules.push_back(make_radio(hub));
+    return modules;
+}
+
+} // namespace sim
+
+#endif

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "server.h"
+
+#include "modules.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <system_error>
+
+namespace sim {
+namespace {
+
+std::string reason(int error) {
+    return std::generic_category().message(error);
+}
+
+/// Whether a server accepts connections at this path.
+bool is_alive(const std::string& path) {
+    const UniqueFd probe(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(static_cast<char*>(address.sun_path), path.data(), path.size());
+    // EAGAIN: alive, with a full queue of clients.
+    return connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ||
+           errno == EAGAIN;
+}
+
+std::string socket_path(const std::string& dir) {
+    struct stat info {};
+    if (stat(dir.c_str(), &info) != 0) {
+        throw StartError("cannot use directory \"" + dir + "\": " + reason(errno) +
+                         "; create it first");
+    }
+    if (!S_ISDIR(info.st_mode)) {
+        throw StartError(dir + " is not a directory; give the directory that the socket is to lie in");
+    }
+    std::string path = dir + "/vym_socket";
+    constexpr size_t kLongest = sizeof(sockaddr_un::sun_path) - 1;
+    if (path.size() > kLongest) {
+        throw StartError("the path " + path + " has " + std::to_string(path.size()) +
+                         " characters, a socket's path has at most " + std::to_string(kLongest) +
+                         "; use a shorter directory");
+    }
+    return path;
+}
+
+/// Makes the path free: what a killed server left behind is removed, anything else is not touched.
+void clear_path(const std::string& path) {
+    struct stat info {};
+    if (lstat(path.c_str(), &info) != 0) {
+        return;
+    }
+    if (!S_ISSOCK(info.st_mode)) {
+        throw StartError(path + " exists and is no socket; move it away");
+    }
+    if (is_alive(path)) {
+        throw StartError("another server is listening on " + path +
+                         "; stop it or use another directory");
+    }
+    if (unlink(path.c_str()) != 0) {
+        throw StartError("cannot remove the left-over socket " + path + ": " + reason(errno));
+    }
+}
+
+std::string free_socket_path(const std::string& dir) {
+    std::string path = socket_path(dir);
+    clear_path(path);
+    return path;
+}
+
+} // namespace
+
+Server::Server(asio::io_context& loop, World world, Options options, std::ostream& log)
+    : loop_(loop), options_(std::move(options)), world_(std::move(world)), log_(options_.log, log),
+      path_(free_socket_path(options_.dir)),
+      traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace, {}},
+      dispatcher_(log_), acceptor_(loop_) {
+    hub_.radio_off = [this] {
+        for (const auto& module : modules_) {
+            module->radio_off();
+        }
+    };
+    modules_ = make_modules(hub_);
+    for (const auto& module : modules_) {
+        dispatcher_.add(module->commands());
+    }
+    try {
+        acceptor_.open();
+        acceptor_.bind(path_);
+        acceptor_.listen();
+    } catch (const std::system_error& error) {
+        throw StartError("cannot listen on " + path_ + ": " + error.code().message());
+    }
+    struct stat info {};
+    if (stat(path_.c_str(), &info) == 0) {
+        device_ = info.st_dev;
+        inode_ = info.st_ino;
+    }
+    accept();
+}
+
+Server::~Server() {
+    drop_client();
+    remove_socket();
+}
+
+void Server::remove_socket() {
+    struct stat info {};
+    if (inode_ != 0 && lstat(path_.c_str(), &info) == 0 && info.st_dev == device_ &&
+        info.st_ino == inode_) {
+        unlink(path_.c_str());
+    }
+    inode_ = 0;
+}
+
+void Server::stop() {
+    asio::error_code ignored;
+    acceptor_.close(ignored);
+    remove_socket();
+    drop_client();
+    loop_.stop();
+}
+
+void Server::accept() {
+    acceptor_.async_accept([this](const asio::error_code& error, Connection::Socket socket) {
+        if (!error) {
+            serve(std::move(socket));
+        } else if (acceptor_.is_open()) {
+            log_.problem("cannot accept a client: " + error.message());
+            accept();
+        }
+    });
+}
+
+void Server::serve(Connection::Socket socket) {
+    log_.note("client connected");
+    Connection::Listener listener;
+    listener.line = [this](std::string_view line) { dispatcher_.run(line); };
+    listener.line_too_long = [this] { log_.problem("a line is longer than any command, ignored"); };
+    listener.gone = [this] { client_gone(); };
+    client_ = std::make_shared<Connection>(std::move(socket), traffic_, std::move(listener));
+    client_->start();
+}
+
+void Server::drop_client() {
+    if (client_) {
+        client_->finish();
+        client_.reset();
+    }
+}
+
+void Server::client_gone() {
+    // Before the modules are told: what they still send has nobody to read it.
+    drop_client();
+    for (const auto& module : modules_) {
+        module->client_left();
+    }
+    log_.note("client left");
+    accept();
+}
+
+void Server::send(const Event& event) {
+    if (client_) {
+        log_.event(event.description());
+        client_->send(event.bytes() + '\0');
+    }
+}
+
+void Server::hand_over(uint8_t id, UniqueFd fd) {
+    if (client_) {
+        send(Event("PD", "data transport").byte(id, "id").dword(static_cast<uint32_t>(fd.get())));
+        log_.event("descriptor");
+        client_->send_descriptor(std::move(fd));
+    }
+}
+
+} // namespace sim

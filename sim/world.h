@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// The simulated world: the local adapter and the devices around it. Plain state; the modules change it.
+#ifndef VYM_SIM_WORLD_H
+#define VYM_SIM_WORLD_H
+
+#include "wire.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+/// Results as commands' answers carry them.
+enum Status : uint8_t {
+    kSuccess = 0,
+    kFail = 1,
+    kNotReady = 2,
+    kBusy = 4,
+    kInvalid = 7,
+    kAuthFailure = 9,
+    kDeviceDown = 10,
+    kAuthRejected = 11,
+};
+
+enum BondState : uint8_t { kBondNone = 0, kBonding = 1, kBonded = 2 };
+
+/// On the wire "connected" is 0.
+enum LinkState : uint8_t { kLinkUp = 0, kLinkDown = 1 };
+
+enum ScanMode : uint32_t { kScanNone = 0, kScanConnectable = 1, kScanDiscoverable = 2 };
+
+enum DeviceType : uint8_t { kClassic = 1, kLowEnergy = 2, kDual = 3 };
+
+/// How a device wants to be paired.
+enum class Pairing {
+    JustWorks,
+    Pin,          // a PIN that the user knows
+    Confirm,      // both sides show a number, the user compares
+    EnterPasskey, // the device shows a number, the user types it
+};
+
+struct Device {
+    Address address;
+    std::string name;
+    uint32_t class_of_device = 0;
+    DeviceType type = kClassic;
+    int8_t rssi = 0;
+    /// Whether discovery finds it.
+    bool discoverable = true;
+    Pairing pairing = Pairing::JustWorks;
+    std::string pin;
+    uint32_t passkey = 0;
+    std::vector<uint16_t> services;
+    std::vector<Octets16> uuids;
+    uint8_t priority = 0;
+    uint32_t manufacturer = 0;
+    bool connected = false;
+    /// Set by the client for a later out-of-band pairing.
+    Octets16 oob_c192{};
+    Octets16 oob_r192{};
+};
+
+struct Adapter {
+    bool powered = false;
+    bool suspended = false;
+    std::string version;
+    std::string name;
+    Address address;
+    uint32_t class_of_device = 0;
+    uint32_t scan_mode = kScanNone;
+    uint32_t discoverable_timeout_s = 0;
+    uint32_t max_bonded = 0;
+    uint32_t discovery_interval = 0;
+    uint32_t bond_mode = 0;
+    uint8_t loopback_mode = 0;
+    /// Service UUIDs that the client asked to announce.
+    std::vector<Octets16> uuids;
+    Octets16 oob_c192{};
+    Octets16 oob_r192{};
+    Octets16 oob_c256{};
+    Octets16 oob_r256{};
+};
+
+struct World {
+    Adapter adapter;
+    std::vector<Device> devices;
+    /// Addresses of the bonded devices, the newest bond last.
+    std::vector<Address> bonded;
+
+    /// The device with this address, or nullptr.
+    Device* find(const Address& address);
+    bool is_bonded(const Address& address) const;
+    bool any_link() const;
+    void forget_bond(const Address& address);
+};
+
+/// The world that is played when none is given: a phone, a speaker and a heart-rate strap to be found,
+/// a car kit and a keyboard already bonded.
+World built_in_world();
+
+} // namespace sim
+
+#endif
