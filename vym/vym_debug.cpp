@@ -88,7 +88,8 @@ void append_record(packet_type type, uint32_t flags, unsigned char* packet, size
     if (fd != -1) {
         // Read under the lock, so that time stamps do not go backwards within the file.
         put_time(head + RECORD_TIME_OFFSET);
-        // One write for the whole record: a process that is killed leaves whole records behind.
+        // One write for the whole record: a process that is killed leaves whole records behind (the
+        // kernel may still cut the very last one where a page of the file ends).
         const ssize_t written = writev(fd, parts, 2);
         static_cast<void>(written);
     }
@@ -127,7 +128,7 @@ bool must_end() {
 
 /// Handler of SIGUSR2. The listener ends by its own code: to end it right here could leave a lock held
 /// for ever. Any other thread that happens to receive the signal is left alone.
-extern "C" void interruptFn(int /*signal_number*/) {
+void interruptFn(int /*signal_number*/) {
     if (is_listener()) {
         s_listener_stop.store(true);
     }

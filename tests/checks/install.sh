@@ -19,29 +19,41 @@ PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name vym.pc)")
 export PKG_CONFIG_PATH
 ! grep -r VYM_API_ONLY "$prefix/include" || complain 'an installed header has an internal section'
 
-# builds <title> <source> <compiler and options>...: builds with pkg-config's flags, and runs the program.
+# builds <title> <source> <compiler and options>...: with the flags that pkg-config gives.
 builds() {
     local title=$1 source=$2 libdir flags
     shift 2
     libdir=$(pkg-config --variable=libdir vym)
     read -ra flags <<< "$(pkg-config --cflags --libs vym)"
     "$@" -Wall -Wextra -Werror -o "$scratch/program" "$source" "${flags[@]}" "-Wl,-rpath,$libdir" ||
-        { complain "$title does not build"; return; }
-    "${emulator[@]}" "$scratch/program" "$scratch/no server" > /dev/null || complain "$title failed"
+        { complain "$title does not build"; return 1; }
 }
 
+# runs <title> <program>: the consumer ends with 0 when it is told that there is no server.
+runs() {
+    "${emulator[@]}" "$2" "$scratch/no server" > /dev/null || complain "$1 failed"
+}
+
+if builds 'the C99 application' "$here/consumer/consumer.c" "$cc" -std=c99 -pedantic-errors; then
+    runs 'the C99 application' "$scratch/program"
+fi
 cp "$here/consumer/consumer.c" "$scratch/consumer.cpp"
-builds 'C99 application' "$here/consumer/consumer.c" "$cc" -std=c99 -pedantic-errors
-[[ -n ${VYM_NO_CXX_PROGRAMS-} ]] ||
-    builds 'C++ application' "$scratch/consumer.cpp" "$cxx" -std=c++17 -pedantic-errors
+if [[ -z ${VYM_NO_CXX_PROGRAMS-} ]] &&
+    builds 'the C++ application' "$scratch/consumer.cpp" "$cxx" -std=c++17 -pedantic-errors; then
+    runs 'the C++ application' "$scratch/program"
+fi
+
+# shellcheck disable=SC2016 # backquotes of the text, not of the shell
+sed -n '/^```c$/,/^```$/{/^```/!p}' "$here/../../README.md" > "$scratch/readme.c"
+grep -q 'int main' "$scratch/readme.c" || complain 'README.md shows no C program'
+builds "README.md's program" "$scratch/readme.c" "$cc" -std=c99 -pthread || true
 
 toolchain_option=()
 [[ -z $toolchain ]] || toolchain_option=("-DCMAKE_TOOLCHAIN_FILE=$toolchain")
 if "$cmake" -S "$here/consumer" -B "$scratch/consumer" "-DCMAKE_C_COMPILER=$cc" "${toolchain_option[@]}" \
     "-Dvym_DIR=$(dirname "$(find "$prefix" -name vymConfig.cmake)")" > "$scratch/log" 2>&1 &&
     "$cmake" --build "$scratch/consumer" > "$scratch/log" 2>&1; then
-    "${emulator[@]}" "$scratch/consumer/consumer" "$scratch/no server" > /dev/null ||
-        complain 'the application built with CMake failed'
+    runs 'the application built with CMake' "$scratch/consumer/consumer"
 else
     complain "the application does not build with CMake: $(cat "$scratch/log")"
 fi

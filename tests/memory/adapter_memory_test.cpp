@@ -186,10 +186,11 @@ TEST_F(AdapterWithoutMemory, AMoveToTheFrontNeedsNone) {
 }
 
 TEST_F(AdapterWithoutMemory, AListThatCannotGrowKeepsWhatItHas) {
-    std::vector<wire::Saved> five;
-    for (int i = 0; i < 5; ++i) {
-        five.push_back({{{static_cast<uint8_t>(i), 9, 9, 9, 9, 9}}, "n" + std::to_string(i)});
-    }
+    const std::vector<wire::Saved> five = {{{{0, 9, 9, 9, 9, 9}}, "n0"},
+                                           {{{1, 9, 9, 9, 9, 9}}, "n1"},
+                                           {{{2, 9, 9, 9, 9, 9}}, "n2"},
+                                           {{{3, 9, 9, 9, 9, 9}}, "n3"},
+                                           {{{4, 9, 9, 9, 9, 9}}, "n4"}};
     int size = 8;
     bt_remote_device_t devices[8] = {};
     auto result = Start([&] { return vym_bluetooth_get_bonded_devices(devices, &size); });

@@ -44,7 +44,8 @@ void Record(const char* name, const Arguments&... arguments) {
 }
 
 void DeviceFound(bt_bdaddr_t address, uint8_t type, int device_class, uint8_t rssi, char* name,
-                 uint8_t count, uint16_t* uuids) {
+                 uint8_t count,
+                 uint16_t* uuids) { // NOLINT(readability-non-const-parameter): the table's type
     std::ostringstream list;
     list << (uuids == nullptr ? "null" : "[");
     for (int i = 0; uuids != nullptr && i < count; ++i) {

@@ -192,7 +192,7 @@ std::string FakeServer::ReceiveBytes(size_t count, Milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
     while (pending_.size() < count && ReadSome(client_, pending_, count - pending_.size(), end)) {
     }
-    const std::string received = pending_.substr(0, count);
+    std::string received = pending_.substr(0, count);
     pending_.erase(0, received.size());
     return received;
 }

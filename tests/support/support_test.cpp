@@ -238,11 +238,11 @@ TEST(CaptureReaderTest, TakesAFileToPieces) {
         << std::string("\4\xFF\1C", 4) << "tail";
     const support::CaptureFile file = support::ReadCapture(path);
     ASSERT_EQ(file.records.size(), 2U);
-    EXPECT_EQ(file.records[0].original_length, 6U);
-    EXPECT_EQ(file.records[0].included_length, 6U);
-    EXPECT_EQ(file.records[0].flags, 2U);
-    EXPECT_EQ(file.records[0].drops, 0U);
-    EXPECT_EQ(file.records[0].timestamp, 0x00DCDDB30F2F8005ULL);
+    const support::CaptureRecord& first = file.records[0];
+    EXPECT_EQ(
+        (std::vector<uint32_t>{first.original_length, first.included_length, first.flags, first.drops}),
+        (std::vector<uint32_t>{6, 6, 2, 0}));
+    EXPECT_EQ(first.timestamp, 0x00DCDDB30F2F8005ULL);
     EXPECT_EQ(file.Commands(), "AB");
     EXPECT_EQ(file.Events(), "C");
     EXPECT_EQ(file.rest, "tail");

@@ -17,21 +17,28 @@
 namespace {
 
 TEST(BluetoothTypes, StatusValuesAreThoseOfTheServer) {
-    EXPECT_EQ(BT_STATUS_SUCCESS, 0);
-    EXPECT_EQ(BT_STATUS_FAIL, 1);
-    EXPECT_EQ(BT_STATUS_NOT_READY, 2);
-    EXPECT_EQ(BT_STATUS_NOMEM, 3);
-    EXPECT_EQ(BT_STATUS_BUSY, 4);
-    EXPECT_EQ(BT_STATUS_DONE, 5);
-    EXPECT_EQ(BT_STATUS_UNSUPPORTED, 6);
-    EXPECT_EQ(BT_STATUS_PARM_INVALID, 7);
-    EXPECT_EQ(BT_STATUS_UNHANDLED, 8);
-    EXPECT_EQ(BT_STATUS_AUTH_FAILURE, 9);
-    EXPECT_EQ(BT_STATUS_RMT_DEV_DOWN, 10);
-    EXPECT_EQ(BT_STATUS_AUTH_REJECTED, 11);
-    EXPECT_EQ(BT_STATUS_JNI_ENVIRONMENT_ERROR, 12);
-    EXPECT_EQ(BT_STATUS_JNI_THREAD_ATTACH_ERROR, 13);
-    EXPECT_EQ(BT_STATUS_WAKELOCK_ERROR, 14);
+    const bt_status_t in_order[] = {
+        BT_STATUS_SUCCESS,
+        BT_STATUS_FAIL,
+        BT_STATUS_NOT_READY,
+        BT_STATUS_NOMEM,
+        BT_STATUS_BUSY,
+        BT_STATUS_DONE,
+        BT_STATUS_UNSUPPORTED,
+        BT_STATUS_PARM_INVALID,
+        BT_STATUS_UNHANDLED,
+        BT_STATUS_AUTH_FAILURE,
+        BT_STATUS_RMT_DEV_DOWN,
+        BT_STATUS_AUTH_REJECTED,
+        BT_STATUS_JNI_ENVIRONMENT_ERROR,
+        BT_STATUS_JNI_THREAD_ATTACH_ERROR,
+        BT_STATUS_WAKELOCK_ERROR,
+    };
+    int expected = 0;
+    for (const bt_status_t status : in_order) {
+        EXPECT_EQ(status, expected++);
+    }
+    EXPECT_EQ(expected, 15);
 }
 
 TEST(BluetoothTypes, AddressesUuidsAndKeysAreBareBytes) {
@@ -87,25 +94,31 @@ TEST(BluetoothTypes, NumbersOnTheWireHaveTheirValues) {
 }
 
 TEST(BluetoothTypes, TheAdaptersTableHasItsMembersInOrder) {
-    constexpr size_t kPointer = sizeof(void (*)());
-    EXPECT_EQ(offsetof(bluetooth_callback_t, state_changed_cb), 0U);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, bt_version_cb), kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, device_found_cb), 2 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, discovery_state_changed_cb), 3 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, pin_request_cb), 4 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, ssp_request_cb), 5 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, bond_state_changed_cb), 6 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, acl_state_changed_cb), 7 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, app_gap_started_cb), 8 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, connection_auth_req_cb), 9 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, le_rx_test_cb), 10 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, le_tx_test_cb), 11 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, le_test_end_cb), 12 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, read_bt_address_cb), 13 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, read_rssi_cb), 14 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, read_local_device_oob_data_cb), 15 * kPointer);
-    EXPECT_EQ(offsetof(bluetooth_callback_t, read_local_device_oob_data_ex_cb), 16 * kPointer);
-    EXPECT_EQ(sizeof(bluetooth_callback_t), 17 * kPointer);
+    const size_t in_order[] = {
+        offsetof(bluetooth_callback_t, state_changed_cb),
+        offsetof(bluetooth_callback_t, bt_version_cb),
+        offsetof(bluetooth_callback_t, device_found_cb),
+        offsetof(bluetooth_callback_t, discovery_state_changed_cb),
+        offsetof(bluetooth_callback_t, pin_request_cb),
+        offsetof(bluetooth_callback_t, ssp_request_cb),
+        offsetof(bluetooth_callback_t, bond_state_changed_cb),
+        offsetof(bluetooth_callback_t, acl_state_changed_cb),
+        offsetof(bluetooth_callback_t, app_gap_started_cb),
+        offsetof(bluetooth_callback_t, connection_auth_req_cb),
+        offsetof(bluetooth_callback_t, le_rx_test_cb),
+        offsetof(bluetooth_callback_t, le_tx_test_cb),
+        offsetof(bluetooth_callback_t, le_test_end_cb),
+        offsetof(bluetooth_callback_t, read_bt_address_cb),
+        offsetof(bluetooth_callback_t, read_rssi_cb),
+        offsetof(bluetooth_callback_t, read_local_device_oob_data_cb),
+        offsetof(bluetooth_callback_t, read_local_device_oob_data_ex_cb),
+    };
+    size_t expected = 0;
+    for (const size_t offset : in_order) {
+        EXPECT_EQ(offset, expected);
+        expected += sizeof(void (*)());
+    }
+    EXPECT_EQ(sizeof(bluetooth_callback_t), expected);
 }
 
 TEST(BluetoothTypes, AnInternalMessageIsNaturallyAligned) {

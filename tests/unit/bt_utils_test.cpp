@@ -401,8 +401,7 @@ struct NameCase {
 };
 
 std::string CombinedName(const std::string& raw, size_t room) {
-    const std::string input = raw; // without its NUL: exactly the bytes given
-    std::vector<unsigned char> bytes(input.begin(), input.end());
+    std::vector<unsigned char> bytes(raw.begin(), raw.end()); // without a NUL
     std::vector<unsigned char> name(room + 1, 0);
     name[room] = '|';
     combine_name(name.data(), static_cast<int>(room), bytes.data(), static_cast<int>(bytes.size()));
@@ -469,10 +468,10 @@ TEST(BtUtilsDescriptor, CrossesASocketOnOneZeroByte) {
     ASSERT_GT(fd, 0);
     EXPECT_EQ(fcntl(fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
     EXPECT_TRUE(support::WriteBytes(fd, "through"));
-    EXPECT_EQ(support::ReadBytes(passed.Near(), 7), "through");
-    EXPECT_EQ(support::ReadBytes(wire.Far(), 1), "X");
-    EXPECT_EQ(output.Out(), "recvfd_client ret 1.\n");
     close(fd);
+    const std::string passed_on = support::ReadBytes(passed.Near(), 7);
+    EXPECT_EQ(passed_on + support::ReadBytes(wire.Far(), 1), "throughX");
+    EXPECT_EQ(output.Out(), "recvfd_client ret 1.\n");
 }
 
 TEST(BtUtilsDescriptor, TheByteThatCarriesItIsZero) {

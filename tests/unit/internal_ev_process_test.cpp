@@ -336,12 +336,12 @@ TEST_F(InternalEvent, AFullChannelThatNobodyReadsFailsInsteadOfBlocking) {
 
 TEST_F(InternalEvent, MessagesOfSeveralThreadsStayWhole) {
     vym_internal_event_register(HandlerA);
-    constexpr int kEach = 40;
+    constexpr size_t kEach = 40;
     std::vector<std::thread> senders;
     for (const uint8_t type : {uint8_t{1}, uint8_t{2}, uint8_t{3}}) {
         senders.emplace_back([type] {
-            for (int i = 0; i < kEach; ++i) {
-                EXPECT_EQ(Send(type, std::string(type * 20U, static_cast<char>('a' + type))), 1);
+            for (size_t i = 0; i < kEach; ++i) {
+                EXPECT_EQ(Send(type, std::string(size_t{20} * type, static_cast<char>('a' + type))), 1);
             }
         });
     }
@@ -351,31 +351,36 @@ TEST_F(InternalEvent, MessagesOfSeveralThreadsStayWhole) {
     while (Record().Size() < 3 * kEach) {
         ASSERT_EQ(ReadAll(), 0);
     }
-    EXPECT_EQ(Record().Count("A 1 20 " + std::string(20, 'b')), size_t{kEach});
-    EXPECT_EQ(Record().Count("A 2 40 " + std::string(40, 'c')), size_t{kEach});
-    EXPECT_EQ(Record().Count("A 3 60 " + std::string(60, 'd')), size_t{kEach});
+    EXPECT_EQ(Record().Count("A 1 20 " + std::string(20, 'b')), kEach);
+    EXPECT_EQ(Record().Count("A 2 40 " + std::string(40, 'c')), kEach);
+    EXPECT_EQ(Record().Count("A 3 60 " + std::string(60, 'd')), kEach);
+}
+
+// The list's members in order, checked to be the same backwards.
+std::vector<list_head*> Members(list_head& head) {
+    std::vector<list_head*> members;
+    for (list_head* entry = head.next; entry != &head; entry = entry->next) {
+        EXPECT_EQ(entry->prev, members.empty() ? &head : members.back());
+        members.push_back(entry);
+    }
+    EXPECT_EQ(head.prev, members.empty() ? &head : members.back());
+    return members;
 }
 
 TEST(InternalEventList, InsertsBehindTheHeadAndUnlinks) {
+    using Expected = std::vector<list_head*>;
     list_head head;
     list_head first;
     list_head second;
     INIT_LIST_HEAD(&head);
-    EXPECT_EQ(head.next, &head);
-    EXPECT_EQ(head.prev, &head);
+    EXPECT_EQ(Members(head), Expected{});
     list_add(&first, &head);
     list_add(&second, &head);
-    EXPECT_EQ(head.next, &second);
-    EXPECT_EQ(second.next, &first);
-    EXPECT_EQ(first.next, &head);
-    EXPECT_EQ(head.prev, &first);
-    EXPECT_EQ(first.prev, &second);
+    EXPECT_EQ(Members(head), (Expected{&second, &first}));
     list_del(&second);
-    EXPECT_EQ(head.next, &first);
-    EXPECT_EQ(first.prev, &head);
+    EXPECT_EQ(Members(head), Expected{&first});
     list_del(&first);
-    EXPECT_EQ(head.next, &head);
-    EXPECT_EQ(head.prev, &head);
+    EXPECT_EQ(Members(head), Expected{});
 }
 
 TEST(InternalEventList, ANodeKeepsItsHandler) {

@@ -87,9 +87,8 @@ private:
     static constexpr int kUntouched = 0xEE;
 
     static bool IsWritten(const bt_remote_device_t& device) {
-        bt_remote_device_t untouched;
-        memset(&untouched, kUntouched, sizeof untouched);
-        return memcmp(&untouched, &device, sizeof device) != 0;
+        const std::string bytes(reinterpret_cast<const char*>(&device), sizeof device);
+        return bytes != std::string(sizeof device, static_cast<char>(kUntouched));
     }
 };
 

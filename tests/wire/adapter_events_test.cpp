@@ -9,7 +9,6 @@
 namespace {
 
 using wire::AllEvents;
-using wire::Bytes;
 using wire::EventCase;
 using wire::Record;
 
@@ -147,17 +146,6 @@ TEST_F(AdapterEvents, AConnectionRequestIsPrintedTwiceFromTheLastByteOfTheAddres
                      "profile_id:eb\r\n",
                      out))
         << out;
-}
-
-TEST_F(AdapterEvents, TheStateIsKeptForTheApplicationThatAsks) {
-    Handle({"PA01"});
-    EXPECT_EQ(vym_bluetooth_get_state(), BT_STATE_ON);
-    Handle({"PA00"});
-    EXPECT_EQ(vym_bluetooth_get_state(), BT_STATE_OFF);
-    Handle({"PAEF"});
-    EXPECT_EQ(static_cast<int>(vym_bluetooth_get_state()), 0xEF);
-    Handle({"PA00"});
-    Server().ExpectNothingMore();
 }
 
 } // namespace

@@ -170,6 +170,8 @@ TEST_F(AdapterGetters, ARecordOfTheAwaitedTypeWakesThemInEitherEvent) {
 TEST_F(AdapterGetters, TheStateIsToldWithoutAsking) {
     Handle({"PA01"});
     EXPECT_EQ(vym_bluetooth_get_state(), BT_STATE_ON);
+    Handle({"PAEF"});
+    EXPECT_EQ(static_cast<int>(vym_bluetooth_get_state()), 0xEF);
     Handle({"PA00"});
     EXPECT_EQ(vym_bluetooth_get_state(), BT_STATE_OFF);
     Server().ExpectNothingMore();

@@ -151,7 +151,7 @@ TEST_F(AudioStream, ASignalDuringAPacketLosesNothing) {
     AudioRecord().SetHook([&](const std::string&) { reader = pthread_self(); });
     const SocketPair& end = HandOver();
     Feed(end, Packet(0, 5, "abc"));
-    EXPECT_TRUE(AudioRecord().WaitFor(1));
+    ASSERT_TRUE(support::WaitUntil([&] { return reader != pthread_t{}; }));
     AudioRecord().SetHook(nullptr);
     for (const char byte : Packet(0, 5, "def")) {
         pthread_kill(reader, SIGUSR1);

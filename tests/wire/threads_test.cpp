@@ -245,7 +245,7 @@ TEST_F(ManyAudioThreads, VoiceGoesOutWhilePacketsComeIn) {
         EXPECT_EQ(vym_audio_stream_send(AUDIO_STREAM_TYPE_SCO, 0, 5, voice), 5);
     });
     threads.AddRepeated([](int) { vym_bluetooth_enable(); });
-    EXPECT_EQ(support::ReadBytes(pair.Near(), 5 * kRounds).size(), size_t{5 * kRounds});
+    EXPECT_EQ(support::ReadBytes(pair.Near(), size_t{5} * kRounds).size(), size_t{5} * kRounds);
     threads.Join();
     EXPECT_TRUE(support::WaitUntil([] { return Messages() == kRounds; }));
 }
