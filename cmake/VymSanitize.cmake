@@ -7,7 +7,8 @@
 function(vym_enable_sanitizers)
     if(VYM_SANITIZE)
         set(flags -fsanitize=${VYM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-        set_property(DIRECTORY APPEND PROPERTY COMPILE_OPTIONS ${flags} -O1 -g1)
+        # Without optimisation, and with line numbers only: compiling takes half the time.
+        set_property(DIRECTORY APPEND PROPERTY COMPILE_OPTIONS ${flags} -g1)
         if(VYM_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
             # asio has fences, which this sanitizer does not see, beside the locks, which it does.
             set_property(DIRECTORY APPEND PROPERTY COMPILE_OPTIONS -Wno-tsan)

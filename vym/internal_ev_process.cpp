@@ -60,10 +60,12 @@ void close_pair() {
 void free_handlers() {
     vym::lock_guard held(s_handler_lock);
     struct list_head* head = &s_block.ev_cbk_list;
-    while (head->next != head) {
-        internal_ev_cbk_node_t* node = node_of(head->next);
-        list_del(&node->node);
-        free(node);
+    struct list_head* entry = head->next;
+    INIT_LIST_HEAD(head);
+    while (entry != head) {
+        struct list_head* next = entry->next;
+        free(node_of(entry));
+        entry = next;
     }
 }
 

@@ -160,8 +160,10 @@ void append_device(const uint8_t (&fixed)[kDeviceName], const record_t& record) 
     memcpy(device->address.address, fixed + kDeviceAddress, sizeof device->address.address);
     device->class_of_device = little_endian(fixed + kDeviceClass, 4);
     device->num_service = fixed[kDeviceServiceCount];
-    for (int i = 0; i < 16; ++i) {
-        device->services[i] = static_cast<uint16_t>(little_endian(fixed + kDeviceServices + 2 * i, 2));
+    const uint8_t* service = fixed + kDeviceServices;
+    for (uint16_t& uuid : device->services) {
+        uuid = static_cast<uint16_t>(little_endian(service, 2));
+        service += 2;
     }
     if (record.length > kDeviceName) {
         copy_name(&device->name, record.bytes + kDeviceName, record.length - size_t{kDeviceName});

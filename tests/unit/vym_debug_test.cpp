@@ -32,6 +32,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <initializer_list>
 
 namespace {
 
@@ -368,7 +369,7 @@ TEST_F(DebugCapture, TheLongestAclPacketIsWhole) {
 
 TEST_F(DebugCapture, AnyDirectionButZeroIsReceived) {
     open_capture();
-    for (const uint8_t is_rcvd : {0, 1, 2, 255}) {
+    for (const uint8_t is_rcvd : std::initializer_list<uint8_t>{0, 1, 2, 255}) {
         capture({0x02, 0x00, 0x00, 0x00, 0x00}, is_rcvd);
         capture({0x03, 0x00, 0x00, 0x00}, is_rcvd);
     }

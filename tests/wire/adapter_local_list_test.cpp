@@ -233,6 +233,13 @@ TEST_F(LocalBonds, AreRefreshedFromWhatIsDeliveredOfTheServersList) {
     EXPECT_EQ(ClassOf("A504030201A0"), 1U);
 }
 
+TEST_F(LocalBonds, KeepTheTailOfALongerNameAlsoWhenTheServersListRefreshesThem) {
+    Bond(kA);
+    Handle({DeviceProperties(kA, {Record(1, "Annabel")})});
+    Get(1, {{kA, "Xy"}});
+    EXPECT_EQ(LocalList(), (Texts{"A504030201A0 Xynabel"}));
+}
+
 TEST_F(LocalBonds, AreNotExtendedByTheServersList) {
     Bond(kA);
     Get(3, {{kB, "Bert", 1}});

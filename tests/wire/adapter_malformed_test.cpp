@@ -8,7 +8,6 @@
 namespace {
 
 using wire::Bytes;
-using wire::Hex;
 using wire::Record;
 
 class AdapterBlocks : public wire::AdapterWireTest {

@@ -123,10 +123,21 @@ TEST_F(AdapterRecords, LongerThanTheirNumberAreCut) {
     EXPECT_EQ(ScanMode(), 0x77777777);
 }
 
-TEST_F(AdapterRecords, OfAddressesAreClearedFirstAndCut) {
+TEST_F(AdapterRecords, OfAddressesAreCut) {
     EXPECT_EQ(AddressOf("\x01\x02\x03\x04\x05\x06\x07\x08"), "060504030201");
     EXPECT_EQ(AddressOf("\x11\x12\x13"), "000000131211");
     EXPECT_EQ(AddressOf(""), "000000000000");
+}
+
+// Later records change what the pointer of an earlier call leads to.
+TEST_F(AdapterRecords, OfAddressesAreClearedFirst) {
+    const bt_bdaddr_t* address = Ask(vym_bluetooth_get_address, "AT#BA02\r\n",
+                                     {AdapterProperties({Record(2, "\x01\x02\x03\x04\x05\x06")})});
+    EXPECT_EQ(support::AddressText(*address), "060504030201");
+    Cache(2, "\x11\x12\x13");
+    EXPECT_EQ(support::AddressText(*address), "000000131211");
+    Cache(2, "");
+    EXPECT_EQ(support::AddressText(*address), "000000000000");
 }
 
 TEST_F(AdapterRecords, OfNamesAreClearedFirst) {

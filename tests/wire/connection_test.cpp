@@ -9,7 +9,6 @@
 #include "support/session.h"
 
 #include <filesystem>
-#include <fstream>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -255,17 +254,24 @@ TEST_F(ConnectionStart, WorksWithDescriptorsAbove1023) {
     support::AdapterRecord().Reset();
 }
 
-// In a process of its own whose root is `root`: start in the default directory, one command, end.
-int StartInDefaultDirectory(const std::string& root) {
-    if (chroot(root.c_str()) != 0 && (unshare(CLONE_NEWUSER) != 0 || chroot(root.c_str()) != 0)) {
-        return 2;
+// In a process of its own whose root is `root`: connects, sends one command, ends.
+void ConnectBelow(const std::string& root, int (*connect)()) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool inside =
+            chroot(root.c_str()) == 0 || (unshare(CLONE_NEWUSER) == 0 && chroot(root.c_str()) == 0);
+        if (!inside || chdir("/") != 0) {
+            _exit(2);
+        }
+        const bool connected = connect() > 0;
+        SendCommand("AT#PB\r\n");
+        vym_sdk_done();
+        _exit(connected ? 0 : 1);
     }
-    if (chdir("/") != 0 || vym_sdk_init() <= 0) {
-        return 1;
-    }
-    SendCommand("AT#PB\r\n");
-    vym_sdk_done();
-    return 0;
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_NE(WEXITSTATUS(status), 2) << "changing the root directory needs root or user namespaces";
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(ConnectionStart, TheDefaultDirectoryIsEtcBackup) {
@@ -273,17 +279,21 @@ TEST_F(ConnectionStart, TheDefaultDirectoryIsEtcBackup) {
     const std::string directory = root.Path() + "/etc/backup";
     std::filesystem::create_directories(directory);
     FakeServer server(directory);
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(StartInDefaultDirectory(root.Path()));
-    }
-    EXPECT_TRUE(server.Accept());
+    ConnectBelow(root.Path(), vym_sdk_init);
+    ASSERT_TRUE(server.Accept());
     server.ExpectCommand("AT#PB\r\n");
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_NE(WEXITSTATUS(status), 2) << "changing the root directory needs root or user namespaces";
-    EXPECT_EQ(status, 0);
     EXPECT_TRUE(std::filesystem::exists(directory + "/client_sock.log"));
+}
+
+TEST_F(ConnectionStart, InsideTheLibraryThereIsAFixedSocketToo) {
+    const TempDir root;
+    const std::string directory = root.Path() + "/home/tesk/morvel";
+    std::filesystem::create_directories(directory);
+    FakeServer server(directory);
+    std::filesystem::rename(directory + "/vym_socket", directory + "/qel_socket");
+    ConnectBelow(root.Path(), [] { return connect_to_server(nullptr); });
+    ASSERT_TRUE(server.Accept());
+    server.ExpectCommand("AT#PB\r\n");
 }
 
 } // namespace
