@@ -38,6 +38,11 @@ struct byte {
     static constexpr int width = 2;
     static uint8_t read(field_reader& in) { return in.byte(); }
 };
+// Read without moving on: what follows counts from here.
+struct peeked_byte {
+    static constexpr int width = 2;
+    static uint8_t read(field_reader& in) { return in.peek_byte(); }
+};
 struct uint16 {
     static constexpr int width = 4;
     static uint16_t read(field_reader& in) { return in.uint16(); }

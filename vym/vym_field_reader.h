@@ -27,6 +27,13 @@ public:
     int pos() const { return m_pos; }
 
     uint8_t byte() { return number<2>(parse_byte); }
+    // A byte that stays in front of the cursor.
+    uint8_t peek_byte() {
+        const int at = m_pos;
+        const uint8_t value = byte();
+        m_pos = at;
+        return value;
+    }
     uint16_t uint16() { return number<4>(parse_short); }
     uint32_t uint32() { return number<8>(parse_int); }
     bt_bdaddr_t address() { return number<12>(parse_address); }

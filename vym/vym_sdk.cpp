@@ -194,6 +194,8 @@ void handle_text(int read_bytes, int expected_bytes) {
     }
     memmove(s_buffer, s_buffer + kept_from, static_cast<size_t>(kept));
     s_offset = static_cast<size_t>(kept);
+    // Descriptors that nobody asked for must not crowd out one that is.
+    vym_wire_close_before(vym_wire_position() - s_offset);
 }
 
 // "<directory>/<name>", cut to what fits.

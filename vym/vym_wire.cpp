@@ -56,10 +56,7 @@ void account(ssize_t bytes, int fd) {
 }
 
 int take_queued(uint64_t position) {
-    while (s_wire.queued > 0 && s_wire.queue[0].position < position) {
-        close(s_wire.queue[0].fd);
-        drop_oldest();
-    }
+    vym_wire_close_before(position);
     if (s_wire.queued == 0) {
         return 0;
     }
@@ -115,6 +112,13 @@ int vym_wire_pending(void) {
 
 uint64_t vym_wire_position(void) {
     return s_wire.received - s_wire.aside_len;
+}
+
+void vym_wire_close_before(uint64_t position) {
+    while (s_wire.queued > 0 && s_wire.queue[0].position < position) {
+        close(s_wire.queue[0].fd);
+        drop_oldest();
+    }
 }
 
 int vym_wire_take_descriptor(int fd, uint64_t position, int (*go_on)(void)) {

@@ -24,6 +24,9 @@ int vym_wire_pending(void);
 // Number of bytes that vym_wire_read() has handed out since the reset.
 uint64_t vym_wire_position(void);
 
+// Closes the descriptors that came before `position`: no event that is still to come can announce them.
+void vym_wire_close_before(uint64_t position);
+
 // Takes the oldest descriptor that came at or after `position`; older ones belong to nothing and are
 // closed. Waits for it, for about a second, while `go_on` says so and the peer is there. Text that
 // arrives meanwhile is put aside. Returns 0 when none came.
