@@ -14,8 +14,12 @@ namespace {
 
 constexpr uint8_t kTransportAudio = 1;
 constexpr char kStreamVoice = 0;
+constexpr char kStreamMusic = 1;
 constexpr char kCodecCvsd = 1;
+constexpr char kCodecSamples = 0;
 constexpr uint16_t kDataBytes = 120;
+// 20 ms of 44,100 frames a second, four bytes each.
+constexpr uint16_t kMusicBytes = 3528;
 // Room for a fraction of a second: a client that stops reading finds fresh packets when it returns, not
 // old ones.
 constexpr int kSendBuffer = 16 * 1024;
@@ -29,6 +33,21 @@ std::string tone(uint32_t& phase) {
         data += le16(static_cast<uint16_t>(sample));
         // 200 samples are 11 whole waves.
         phase = (phase + 1) % 200;
+    }
+    return data;
+}
+
+/// Frames of two 16-bit samples: a 441 Hz tone at 44.1 kHz, the right side at half the height.
+std::string music(uint32_t& phase) {
+    constexpr double kStep = 2.0 * 3.14159265358979323846 / 100.0;
+    std::string data;
+    data.reserve(kMusicBytes);
+    while (data.size() < kMusicBytes) {
+        const auto left = static_cast<int16_t>(std::lround(8000.0 * std::sin(kStep * phase)));
+        data += le16(static_cast<uint16_t>(left));
+        data += le16(static_cast<uint16_t>(left / 2));
+        // 100 frames are one wave.
+        phase = (phase + 1) % 100;
     }
     return data;
 }
@@ -87,7 +106,13 @@ void Audio::tick() {
 void Audio::stream_one() {
     const bool whole = unsent_.empty();
     if (whole) {
-        unsent_ = std::string{kStreamVoice, kCodecCvsd} + le16(kDataBytes) + tone(phase_);
+        const Phone& phone = hub_.world.phone;
+        if (phone.music_on_air && !phone.call_audio) {
+            unsent_ =
+                std::string{kStreamMusic, kCodecSamples} + le16(kMusicBytes) + music(music_phase_);
+        } else {
+            unsent_ = std::string{kStreamVoice, kCodecCvsd} + le16(kDataBytes) + tone(phase_);
+        }
     }
     const ssize_t count =
         send(fd_->native_handle(), unsent_.data(), unsent_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);

@@ -37,6 +37,7 @@ private:
     /// Counts the descriptors, so that a wait for an old one is recognised when it ends.
     uint64_t run_ = 0;
     uint32_t phase_ = 0;
+    uint32_t music_phase_ = 0;
     /// The end of a packet that the socket took only in part: it goes first, or the stream loses its
     /// framing.
     std::string unsent_;

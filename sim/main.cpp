@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <asio/signal_set.hpp>
+#include <chrono>
 #include <csignal>
 #include <exception>
 #include <iostream>
@@ -15,9 +16,34 @@ namespace {
 constexpr const char* kVersion = "vym-sim 1.0";
 constexpr int kUsageError = 2;
 
-/// Fills the options from the command line. Throws CLI::ParseError, also for --help and --version.
-sim::Options parse(CLI::App& app, int argc, char** argv) {
+struct Settings {
     sim::Options options;
+    sim::World world = sim::built_in_world();
+};
+
+/// Refuses what a caller's number cannot be; for CLI11, which takes the text as the reason.
+std::string why_no_number(const std::string& text) {
+    const bool good = !text.empty() && text.find_first_not_of("0123456789*#+") == std::string::npos;
+    return good ? "" : "\"" + text + "\" is no telephone number: only digits, *, # and + may be in it";
+}
+
+void add_ring_options(CLI::App& app, unsigned& ring_after_ms, std::string& number) {
+    auto* after = app.add_option("--ring-after", ring_after_ms,
+                                 "Let somebody call that long after a hands-free connection came up")
+                      ->type_name("MILLISECONDS")
+                      ->check(CLI::Range(0U, 3600000U));
+    app.add_option("--ring-number", number, "Who calls")
+        ->type_name("NUMBER")
+        ->check(why_no_number)
+        ->needs(after);
+}
+
+/// Fills the settings from the command line. Throws CLI::ParseError, also for --help and --version.
+Settings parse(CLI::App& app, int argc, char** argv) {
+    Settings settings;
+    sim::Options& options = settings.options;
+    sim::Phone& phone = settings.world.phone;
+    unsigned ring_after_ms = 0;
     bool log = false;
     bool quiet = false;
     app.add_option("--dir", options.dir, "Directory of the socket: vym-sim listens on DIR/vym_socket")
@@ -30,6 +56,7 @@ sim::Options parse(CLI::App& app, int argc, char** argv) {
     app.add_option("--traffic", options.traffic_file,
                    "Write the bytes that cross the socket to FILE, as text")
         ->type_name("FILE");
+    add_ring_options(app, ring_after_ms, phone.ring_number);
     app.set_version_flag("--version", kVersion);
     app.parse(argc, argv);
     if (quiet) {
@@ -37,14 +64,17 @@ sim::Options parse(CLI::App& app, int argc, char** argv) {
     } else if (log) {
         options.log = sim::LogLevel::All;
     }
-    return options;
+    if (app.count("--ring-after") > 0) {
+        phone.ring_after = std::chrono::milliseconds(ring_after_ms);
+    }
+    return settings;
 }
 
-int run(sim::Options options) {
+int run(Settings settings) {
     asio::io_context loop(1);
     // The handlers come first: a signal right after the ready line must find them.
     asio::signal_set signals(loop, SIGINT, SIGTERM);
-    sim::Server server(loop, sim::built_in_world(), std::move(options), std::cerr);
+    sim::Server server(loop, std::move(settings.world), std::move(settings.options), std::cerr);
     signals.async_wait([&server](const asio::error_code& error, int) {
         if (!error) {
             server.stop();

@@ -24,6 +24,9 @@ Event bond_event(Status status, const Address& address, BondState state) {
 
 void set_link(Hub& hub, Device& device, bool up) {
     if (device.connected != up) {
+        if (!up) {
+            hub.link_down(device.address);
+        }
         device.connected = up;
         hub.out.send(link_event(device));
     }

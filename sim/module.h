@@ -27,6 +27,17 @@ struct Pace {
     std::chrono::milliseconds audio_packet{20};
     /// One second of the discoverable time-out.
     std::chrono::milliseconds discoverable_second{1000};
+    /// From asking for a profile connection until it is there.
+    std::chrono::milliseconds profile_connect{200};
+    /// A placed call goes from dialing to alerting, and from alerting to answered.
+    std::chrono::milliseconds call_step{1500};
+    std::chrono::milliseconds ring_period{3000};
+    /// How long the far end lets the phone ring.
+    std::chrono::milliseconds ring_timeout{30000};
+    /// One second of a playing track.
+    std::chrono::milliseconds playback_second{1000};
+    /// Between two items of a browsed list, and between handfuls of phone-book entries.
+    std::chrono::milliseconds list_step{1};
 };
 
 /// The way to the client. While no client is connected, everything sent is dropped.
@@ -47,6 +58,8 @@ struct Hub {
     const Pace& pace;
     /// Tells every module that the radio goes off.
     std::function<void()> radio_off;
+    /// Tells every module that the link to a device goes down.
+    std::function<void(const Address&)> link_down;
 };
 
 struct Command {
@@ -65,6 +78,8 @@ public:
     virtual std::vector<Command> commands() = 0;
     /// The radio goes off: end what needs it. Called before the links drop.
     virtual void radio_off() {}
+    /// The link to a device goes down: end what runs over it.
+    virtual void link_down(const Address&) {}
     /// The client is gone: end what was meant for it.
     virtual void client_left() {}
 

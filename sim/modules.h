@@ -5,6 +5,7 @@
 #ifndef VYM_SIM_MODULES_H
 #define VYM_SIM_MODULES_H
 
+#include "media.h"
 #include "module.h"
 
 #include <memory>
@@ -17,6 +18,12 @@ std::unique_ptr<Module> make_device_properties(Hub& hub);
 std::unique_ptr<Module> make_discovery(Hub& hub);
 std::unique_ptr<Module> make_bonding(Hub& hub);
 std::unique_ptr<Module> make_radio(Hub& hub);
+std::unique_ptr<Module> make_hands_free(Hub& hub);
+std::unique_ptr<Module> make_a2dp(Hub& hub, std::shared_ptr<Media> media);
+std::unique_ptr<Module> make_avrcp(Hub& hub, std::shared_ptr<Media> media);
+std::unique_ptr<Module> make_avrcp_browsing(Hub& hub, std::shared_ptr<Media> media);
+std::unique_ptr<Module> make_avrcp_cover_art(Hub& hub, std::shared_ptr<Media> media);
+std::unique_ptr<Module> make_phone_book(Hub& hub);
 
 inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     std::vector<std::unique_ptr<Module>> modules;
@@ -26,6 +33,13 @@ inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     modules.push_back(make_discovery(hub));
     modules.push_back(make_bonding(hub));
     modules.push_back(make_radio(hub));
+    modules.push_back(make_hands_free(hub));
+    const auto media = std::make_shared<Media>(hub);
+    modules.push_back(make_a2dp(hub, media));
+    modules.push_back(make_avrcp(hub, media));
+    modules.push_back(make_avrcp_browsing(hub, media));
+    modules.push_back(make_avrcp_cover_art(hub, media));
+    modules.push_back(make_phone_book(hub));
     return modules;
 }
 

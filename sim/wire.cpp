@@ -199,6 +199,10 @@ std::string Fields::block(const char* what) {
     return unescape(take(length, what));
 }
 
+std::string Fields::rest() {
+    return std::string(take(text_.size() - position_, "text"));
+}
+
 void Fields::end() const {
     if (position_ < text_.size()) {
         throw BadCommand("surplus \"" + printable(text_.substr(position_), 40) +

@@ -79,6 +79,8 @@ public:
     Octets16 octets_reversed(const char* what);
     /// A counted escaped block, unescaped.
     std::string block(const char* what);
+    /// Trailing text: whatever is left.
+    std::string rest();
     /// Throws when something is left over.
     void end() const;
 

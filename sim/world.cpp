@@ -131,6 +131,7 @@ World built_in_world() {
     a.oob_r256 = counting_from(0x70);
     world.devices = {annas_phone(), kitchen_speaker(), heart_strap(), car_kit(), keyboard()};
     world.bonded = {world.devices[3].address, world.devices[4].address};
+    world.phone = built_in_phone();
     return world;
 }
 

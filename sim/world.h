@@ -5,6 +5,7 @@
 #ifndef VYM_SIM_WORLD_H
 #define VYM_SIM_WORLD_H
 
+#include "phone.h"
 #include "wire.h"
 
 #include <cstdint>
@@ -89,6 +90,8 @@ struct World {
     std::vector<Device> devices;
     /// Addresses of the bonded devices, the newest bond last.
     std::vector<Address> bonded;
+    /// What is in the phone that offers calls, music and contacts.
+    Phone phone;
 
     /// The device with this address, or nullptr.
     Device* find(const Address& address);

@@ -160,6 +160,22 @@ TEST(SimProgram, TrafficGoesToItsFile) {
     EXPECT_EQ(content_of(dir.file("traffic")), "< 41542350560D0A\n> 505676796D2D73696D20312E3000\n");
 }
 
+TEST(SimProgram, SomebodyCallsWhenToldTo) {
+    const TemporaryDirectory dir;
+    Program program({"--dir", dir.path(), "--ring-after", "0", "--ring-number", "*555#"});
+    ASSERT_NE(program.line(), "");
+    TestClient client(dir.path());
+    const sim::UniqueFd audio = client.enable();
+    client.send("AT#HA2A416E6E6101\r\n");
+    std::string event;
+    do {
+        event = client.event();
+    } while (!event.empty() && event.rfind("HM", 0) != 0);
+    EXPECT_EQ(event, "HM*555#");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exit_code(), 0);
+}
+
 TEST(SimProgram, AKilledServerDoesNotStopTheNext) {
     const TemporaryDirectory dir;
     Program killed({"--dir", dir.path()});
@@ -193,6 +209,10 @@ TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
         {{"--dir", dir.path(), "--nonsense"}, "--nonsense"},
         {{"--dir", dir.path(), "surplus"}, "surplus"},
         {{"--dir", dir.path(), "--log", "--quiet"}, "--log"},
+        {{"--dir", dir.path(), "--ring-after", "soon"}, "soon"},
+        {{"--dir", dir.path(), "--ring-after", "-1"}, "--ring-after"},
+        {{"--dir", dir.path(), "--ring-after", "1", "--ring-number", "Anna"}, "no telephone number"},
+        {{"--dir", dir.path(), "--ring-number", "123"}, "--ring-after"},
         {{"--dir", dir.file("none")}, "No such file or directory"},
         {{"--dir", dir.path(), "--traffic", dir.file("none/file")}, "cannot write the traffic file"},
     };
@@ -208,7 +228,8 @@ TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
 TEST(SimProgram, HelpAndVersionGoToStandardOutput) {
     Program help({"--help"});
     EXPECT_EQ(help.exit_code(), 0);
-    for (const char* option : {"--dir", "--log", "--quiet", "--traffic", "--version"}) {
+    for (const char* option :
+         {"--dir", "--log", "--quiet", "--traffic", "--ring-after", "--ring-number", "--version"}) {
         EXPECT_NE(help.output().find(option), std::string::npos) << option;
     }
     Program version({"--version"});
