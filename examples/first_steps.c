@@ -6,92 +6,36 @@
  *
  * usage: first_steps DIRECTORY      (the directory of the server's socket)
  */
+#include "scene.h"
+
 #include <vym/vym_audio_stream.h>
 #include <vym/vym_bluetooth.h>
 #include <vym/vym_sdk.h>
 
-#include <fcntl.h>
-#include <pthread.h>
-#include <stdarg.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-#include <time.h>
-#include <unistd.h>
+enum { MAX_BONDED = 8, MAJOR_CLASS_PHONE = 2 };
 
-enum { PATIENCE_S = 10, MAX_BONDED = 8, MAJOR_CLASS_PHONE = 2 };
-
-/* What the callbacks have told us. They run on the library's threads, so a lock guards it and a
- * condition wakes main(). */
+/* What the callbacks have told us. */
 static struct {
-    pthread_mutex_t lock;
-    pthread_cond_t changed;
     int powered;
     int discovery_ended;
+    int has_phone;
+    bt_bdaddr_t phone;
     int bond_ended;
     int bonded;
     int rssi_known;
     int rssi_dbm;
-    int has_phone;
-    bt_bdaddr_t phone;
-    unsigned long audio_packets;
-    unsigned long audio_bytes;
-} world = {.lock = PTHREAD_MUTEX_INITIALIZER, .changed = PTHREAD_COND_INITIALIZER};
-
-/* The library writes its diagnostics to standard output; this is where ours goes. */
-static FILE* screen;
-
-static void say(const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    vfprintf(screen, format, args);
-    va_end(args);
-    fputc('\n', screen);
-    fflush(screen);
-}
-
-static const char* address_text(bt_bdaddr_t a, char text[18]) {
-    snprintf(text, 18, "%02X:%02X:%02X:%02X:%02X:%02X", a.address[5], a.address[4], a.address[3],
-             a.address[2], a.address[1], a.address[0]);
-    return text;
-}
-
-static void set(int* flag, int value) {
-    pthread_mutex_lock(&world.lock);
-    *flag = value;
-    pthread_cond_broadcast(&world.changed);
-    pthread_mutex_unlock(&world.lock);
-}
-
-/* Waits until *flag is `value`; leaves the program with a message when that takes too long. */
-static void wait_until(const int* flag, int value, const char* what) {
-    struct timespec until;
-    int result = 0;
-    clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_sec += PATIENCE_S;
-    pthread_mutex_lock(&world.lock);
-    while (*flag != value && result == 0) {
-        result = pthread_cond_timedwait(&world.changed, &world.lock, &until);
-    }
-    pthread_mutex_unlock(&world.lock);
-    if (result != 0) {
-        fprintf(stderr,
-                "first_steps: the server did not report %s within %d s; is it switched off or busy?\n",
-                what, PATIENCE_S);
-        exit(1);
-    }
-}
+    int audio_packets;
+    int audio_bytes;
+} world;
 
 /* Callbacks: one event of the server each, on the receive thread. */
 
 static void on_state_changed(uint8_t state) {
-    set(&world.powered, state == BT_STATE_ON);
+    note(&world.powered, state == BT_STATE_ON);
 }
 
 static void on_discovery_state_changed(uint8_t state) {
-    if (state == BT_DISCOVERY_STOPPED) {
-        set(&world.discovery_ended, 1);
-    }
+    note(&world.discovery_ended, state == BT_DISCOVERY_STOPPED);
 }
 
 static void on_device_found(bt_bdaddr_t address, uint8_t type_of_device, int class_of_device,
@@ -102,8 +46,8 @@ static void on_device_found(bt_bdaddr_t address, uint8_t type_of_device, int cla
     say("   found %s  %4d dBm  class %06X  %d services  \"%s\"", address_text(address, text),
         (int8_t)rssi, (unsigned)class_of_device, num_of_uuid16, name);
     if (((class_of_device >> 8) & 0x1F) == MAJOR_CLASS_PHONE) {
-        world.phone = address; /* read only after set() has released the lock */
-        set(&world.has_phone, 1);
+        world.phone = address;
+        note(&world.has_phone, 1);
     }
 }
 
@@ -117,8 +61,8 @@ static void on_ssp_request(bt_bdaddr_t address, int class_of_device, uint8_t pai
 static void on_bond_state_changed(uint8_t status, bt_bdaddr_t address, uint8_t state) {
     (void)address;
     if (state != BT_BOND_STATE_BONDING) {
-        set(&world.bonded, status == BT_STATUS_SUCCESS && state == BT_BOND_STATE_BONDED);
-        set(&world.bond_ended, 1);
+        world.bonded = status == BT_STATUS_SUCCESS && state == BT_BOND_STATE_BONDED;
+        note(&world.bond_ended, 1);
     }
 }
 
@@ -126,7 +70,7 @@ static void on_read_rssi(bt_bdaddr_t address, uint8_t status, uint8_t rssi) {
     (void)address;
     if (status == 0) {
         world.rssi_dbm = (int8_t)rssi;
-        set(&world.rssi_known, 1);
+        note(&world.rssi_known, 1);
     }
 }
 
@@ -135,10 +79,8 @@ static void on_audio(uint8_t stream_type, uint8_t codec_type, uint16_t len, uint
     (void)stream_type;
     (void)codec_type;
     (void)data;
-    pthread_mutex_lock(&world.lock);
-    world.audio_packets++;
-    world.audio_bytes += len;
-    pthread_mutex_unlock(&world.lock);
+    note(&world.audio_packets, world.audio_packets + 1);
+    note(&world.audio_bytes, world.audio_bytes + len);
 }
 
 static bluetooth_callback_t bluetooth_callbacks = {
@@ -164,16 +106,13 @@ static void show_adapter(void) {
 }
 
 static void pair_with_phone(void) {
-    if (!world.has_phone) {
-        fprintf(stderr,
-                "first_steps: no phone is near; bring one within reach and make it discoverable\n");
-        exit(1);
+    if (!noted(&world.has_phone)) {
+        give_up("no phone is near; bring one within reach and make it discoverable");
     }
     vym_bluetooth_create_bond(world.phone);
-    wait_until(&world.bond_ended, 1, "the end of pairing");
+    await(&world.bond_ended, 1, "the end of pairing");
     if (!world.bonded) {
-        fprintf(stderr, "first_steps: the phone refused to pair; accept the number on its screen\n");
-        exit(1);
+        give_up("the phone refused to pair; accept the number on its screen");
     }
     say("   paired");
 }
@@ -190,39 +129,15 @@ static void show_bonded_devices(void) {
 }
 
 static void count_audio(void) {
-    unsigned long packets;
-    unsigned long bytes;
-    struct timespec second = {1, 0};
-    pthread_mutex_lock(&world.lock);
-    packets = world.audio_packets;
-    bytes = world.audio_bytes;
-    pthread_mutex_unlock(&world.lock);
+    const struct timespec second = {1, 0};
+    const int packets = noted(&world.audio_packets);
+    const int bytes = noted(&world.audio_bytes);
     nanosleep(&second, NULL);
-    pthread_mutex_lock(&world.lock);
-    packets = world.audio_packets - packets;
-    bytes = world.audio_bytes - bytes;
-    pthread_mutex_unlock(&world.lock);
-    say("   %lu packets, %lu bytes", packets, bytes);
-    if (packets == 0) {
-        fprintf(stderr,
-                "first_steps: no audio arrived; the server may have handed over no descriptor\n");
-        exit(1);
+    const int new_packets = noted(&world.audio_packets) - packets;
+    say("   %d packets, %d bytes", new_packets, noted(&world.audio_bytes) - bytes);
+    if (new_packets == 0) {
+        give_up("no audio arrived; the server may have handed over no descriptor");
     }
-}
-
-/* Sends the library's diagnostics to a file beside the capture and keeps the screen for us. */
-static void separate_diagnostics(const char* directory) {
-    char path[300];
-    const int terminal = dup(STDOUT_FILENO);
-    snprintf(path, sizeof path, "%s/first_steps.log", directory);
-    const int log = open(path, O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    screen = terminal >= 0 ? fdopen(terminal, "w") : NULL;
-    if (screen == NULL || log < 0 || dup2(log, STDOUT_FILENO) < 0) {
-        fprintf(stderr, "first_steps: cannot write %s; name a directory that exists and is writable\n",
-                path);
-        exit(1);
-    }
-    close(log);
 }
 
 int main(int argc, char** argv) {
@@ -230,26 +145,23 @@ int main(int argc, char** argv) {
         fprintf(stderr, "usage: first_steps DIRECTORY   (where the server's vym_socket is)\n");
         return 2;
     }
-    separate_diagnostics(argv[1]);
+    scene_begin("first_steps", argv[1]);
 
     say("1. Connect to the server in %s", argv[1]);
     if (vym_sdk_init_ex(argv[1]) < 0) {
-        fprintf(stderr, "first_steps: no server answers on %s/vym_socket; start vym-sim --dir %s\n",
-                argv[1], argv[1]);
-        vym_sdk_done();
-        return 1;
+        give_up("no server answers on %s/vym_socket; start vym-sim --dir %s", argv[1], argv[1]);
     }
     vym_bluetooth_init(&bluetooth_callbacks);
     vym_audio_stream_init(&audio_callbacks);
 
     say("2. Switch the adapter on and see what it is");
     vym_bluetooth_enable();
-    wait_until(&world.powered, 1, "power on");
+    await(&world.powered, 1, "power on");
     show_adapter();
 
     say("3. Look for devices");
     vym_bluetooth_start_discovery();
-    wait_until(&world.discovery_ended, 1, "the end of discovery");
+    await(&world.discovery_ended, 1, "the end of discovery");
 
     say("4. Pair with the phone");
     pair_with_phone();
@@ -259,7 +171,7 @@ int main(int argc, char** argv) {
 
     say("6. How strong is the phone's signal?");
     vym_bluetooth_read_connected_device_rssi(world.phone);
-    wait_until(&world.rssi_known, 1, "the signal strength");
+    await(&world.rssi_known, 1, "the signal strength");
     say("   %d dBm", world.rssi_dbm);
 
     say("7. Listen to its audio for a second");
@@ -267,7 +179,7 @@ int main(int argc, char** argv) {
 
     say("8. Switch the adapter off");
     vym_bluetooth_disable();
-    wait_until(&world.powered, 0, "power off");
+    await(&world.powered, 0, "power off");
 
     vym_audio_stream_done();
     vym_bluetooth_done();

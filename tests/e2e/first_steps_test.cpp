@@ -4,6 +4,7 @@
 // The main job as a newcomer sees it: an application process, linked to the library, drives a server
 // process over a socket, and public analysers read the capture.
 
+#include "e2e/running_sim.h"
 #include "support/capture_reader.h"
 #include "support/process.h"
 #include "support/relay.h"
@@ -21,28 +22,11 @@ namespace {
 using support::OutputOf;
 using support::Process;
 
-std::vector<std::string> Sim(const std::vector<std::string>& arguments) {
-    return support::BuiltProgram(VYM_EMULATOR, VYM_SIM_PATH, arguments);
-}
+using e2e::RunningSim;
 
 std::vector<std::string> FirstSteps(const std::vector<std::string>& arguments) {
     return support::BuiltProgram(VYM_EMULATOR, VYM_FIRST_STEPS_PATH, arguments);
 }
-
-// A simulated server that listens; stopped with the object.
-class RunningSim {
-public:
-    RunningSim() : process_(Sim({"--dir", directory_.Path()})) {
-        EXPECT_TRUE(process_.WaitForOut("vym-sim: listening on " + directory_.Path() + "/vym_socket\n"))
-            << process_.Err();
-    }
-    const std::string& Directory() const { return directory_.Path(); }
-    Process& Program() { return process_; }
-
-private:
-    support::TempDir directory_;
-    Process process_;
-};
 
 // One run of the example with a listener on the line, shared by the tests that look at its capture.
 class CaptureOfFirstSteps : public ::testing::Test {
