@@ -37,17 +37,8 @@ public:
     void link_down(const Address& address) override { link_.lost(address); }
 
 private:
-    void connect(Fields& fields) {
-        const Address address = fields.address();
-        fields.end();
-        link_.connect(address);
-    }
-
-    void disconnect(Fields& fields) {
-        const Address address = fields.address();
-        fields.end();
-        link_.disconnect(address);
-    }
+    void connect(Fields& fields) { link_.connect(fields); }
+    void disconnect(Fields& fields) { link_.disconnect(fields); }
 
     void link_changed(const Address& address, ProfileLink::State state) {
         // Not when it is only a second device that was refused.

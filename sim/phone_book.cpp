@@ -112,17 +112,8 @@ public:
 private:
     // The connection.
 
-    void connect(Fields& fields) {
-        const Address address = fields.address();
-        fields.end();
-        link_.connect(address);
-    }
-
-    void disconnect(Fields& fields) {
-        const Address address = fields.address();
-        fields.end();
-        link_.disconnect(address);
-    }
+    void connect(Fields& fields) { link_.connect(fields); }
+    void disconnect(Fields& fields) { link_.disconnect(fields); }
 
     void link_changed(const Address& address, ProfileLink::State state) {
         if (state == ProfileLink::State::Connecting) {

@@ -54,6 +54,18 @@ void ProfileLink::disconnect(const Address& address) {
     report_(address, State::Down);
 }
 
+void ProfileLink::connect(Fields& fields) {
+    const Address address = fields.address();
+    fields.end();
+    connect(address);
+}
+
+void ProfileLink::disconnect(Fields& fields) {
+    const Address address = fields.address();
+    fields.end();
+    disconnect(address);
+}
+
 void ProfileLink::lost(const Address& address) {
     if (state_ != State::Down && peer_ == address) {
         disconnect(address);

@@ -30,6 +30,9 @@ public:
     /// Brings the connection up, with the link below it, or reports Down and logs why not.
     void connect(const Address& address);
     void disconnect(const Address& address);
+    /// The same for the address that a command carries as its only field.
+    void connect(Fields& fields);
+    void disconnect(Fields& fields);
     /// The link below has gone; nothing is reported unless the connection ran over it.
     void lost(const Address& address);
 
