@@ -7,6 +7,7 @@
 #define VYM_TESTS_WIRE_AVRCP_SUPPORT_H
 
 #include "wire/adapter_support.h"
+#include "wire/profile_conformance.h"
 
 #include "vym_avrcp.h"
 
@@ -24,8 +25,7 @@ inline const std::string kAddress = "A1B2C3D4E5F6";
  * [1:6 "Title\0" 7:2 "A\0"]", each with its `len`. Bytes and names are escaped; the zeroes at the end
  * of a name are left out. */
 inline support::Recorder& Record() {
-    static support::Recorder recorder;
-    return recorder;
+    return wire::ProfileRecord();
 }
 
 inline std::string Quoted(const uint8_t* bytes, size_t length) {
@@ -174,15 +174,7 @@ protected:
     }
 };
 
-struct EventCase {
-    std::string event;
-    size_t minimum;    // characters without which nothing is delivered
-    std::string entry; // what the callback leaves; "" for events that call nothing
-
-    [[nodiscard]] std::vector<std::string> Entries() const {
-        return entry.empty() ? std::vector<std::string>{} : std::vector<std::string>{entry};
-    }
-};
+using EventCase = wire::ProfileEvent;
 
 /** Delivered as soon as their fields are there. */
 inline std::vector<EventCase> FixedEvents() {
@@ -234,6 +226,9 @@ inline std::vector<EventCase> AllEvents() {
     std::vector<EventCase> all = FixedEvents();
     for (const EventCase& one : EventsThatWait()) {
         all.push_back(one);
+    }
+    for (EventCase& one : all) {
+        one.tag = one.event[1] == 'W' ? 3 : 2;
     }
     return all;
 }

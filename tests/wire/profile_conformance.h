@@ -28,10 +28,9 @@ enum class Table { kWhole, kEmpty, kNone };
 
 struct ProfileEvent {
     std::string event;
-    size_t minimum;           // characters after the tag without which nothing is delivered
-    std::string entry;        // what the callback leaves; "" for events that call nothing
-    bool has_text = false;    // ends in a text, so that there is no surplus
-    bool ignores_cut = false; // a shorter text is an event as well
+    size_t minimum;        // characters after the tag without which nothing is delivered
+    std::string entry;     // what the callback leaves; "" for events that call nothing
+    bool has_text = false; // ends in a text, so that there is no surplus
     size_t tag = 2;
 
     [[nodiscard]] std::vector<std::string> Entries() const {
