@@ -19,6 +19,8 @@ function(vym_add_test_suite name label)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE ${ARGN} vym_test_support)
     vym_warnings(${name})
+    # Reading these takes longer than compiling a test.
+    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <functional> <memory> <string> <thread> <vector>)
 
     set(discovery DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
     set(properties TIMEOUT 120 LABELS ${label})
