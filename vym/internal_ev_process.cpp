@@ -91,7 +91,7 @@ int try_send(const uint8_t* message, size_t len, int* written) {
 
 void handle_internal_input(int fd) {
     // A buffer of its own: the server's may hold half an event and have no room.
-    uint8_t bytes[256];
+    uint8_t bytes[4096];
     const ssize_t n = read(fd, bytes, sizeof bytes);
     if (n > 0) {
         push_ev_data(bytes, static_cast<size_t>(n));

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -156,6 +157,13 @@ void on_data_transport_established(uint8_t id, int fd) {
     }
 }
 
+// A descriptor of the sender's own: a hand-over may close the transport's while voice is being sent.
+int take_copy() {
+    vym::lock_guard held(s_data_transport.lock);
+    const int fd = s_data_transport.fd;
+    return fd > 0 ? fcntl(fd, F_DUPFD_CLOEXEC, 1) : -1;
+}
+
 void close_data_transport() {
     s_data_transport.alive = 0;
     {
@@ -194,12 +202,12 @@ void vym_audio_stream_done(void) {
 
 int vym_audio_stream_send(uint8_t stream_type, uint8_t codec_type, uint16_t len, uint8_t* data) {
     (void)codec_type;
-    const int fd = s_data_transport.fd;
-    if (fd <= 0) {
+    const vym::owned_fd fd(take_copy());
+    if (fd.get() <= 0) {
         puts("s_data_transport.fd is error\r");
         return -1;
     }
-    return stream_type == AUDIO_STREAM_TYPE_SCO ? sock_send_all(fd, data, len) : 0;
+    return stream_type == AUDIO_STREAM_TYPE_SCO ? sock_send_all(fd.get(), data, len) : 0;
 }
 
 } // extern "C"

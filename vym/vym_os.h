@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <sys/types.h>
+#include <unistd.h>
 
 namespace vym {
 
@@ -20,6 +21,23 @@ struct free_deleter {
 // Memory from malloc, for C structures.
 template <class T>
 using malloc_ptr = std::unique_ptr<T, free_deleter>;
+
+// A descriptor that is closed with its owner; 0 and less are none.
+class owned_fd {
+public:
+    explicit owned_fd(int fd) : m_fd(fd) {}
+    ~owned_fd() {
+        if (m_fd > 0) {
+            close(m_fd);
+        }
+    }
+    owned_fd(const owned_fd&) = delete;
+    owned_fd& operator=(const owned_fd&) = delete;
+    int get() const { return m_fd; }
+
+private:
+    int m_fd;
+};
 
 // What one receipt brought besides its bytes.
 struct received_t {
