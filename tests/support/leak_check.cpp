@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 
 #include <fcntl.h>
 
@@ -41,7 +42,17 @@ bool IsOpen(int fd) {
     return fcntl(fd, F_GETFD) >= 0;
 }
 
-LeakCheck::LeakCheck() : descriptors_(OpenDescriptors()), threads_(CountThreads()) {}
+namespace {
+
+// The thread sanitizer starts a thread of its own beside the first one that a program makes.
+size_t CountThreadsOnceThereWasOne() {
+    std::thread([] {}).join();
+    return CountThreads();
+}
+
+} // namespace
+
+LeakCheck::LeakCheck() : descriptors_(OpenDescriptors()), threads_(CountThreadsOnceThereWasOne()) {}
 
 ::testing::AssertionResult LeakCheck::NothingLeft(Milliseconds limit) const {
     const auto settled = [this] {
