@@ -45,14 +45,20 @@ bool IsOpen(int fd) {
 namespace {
 
 // The thread sanitizer starts a thread of its own beside the first one that a program makes.
-size_t CountThreadsOnceThereWasOne() {
+size_t CountThreadsOfTheProgram() {
+#if defined(__SANITIZE_THREAD__)
+    const size_t before = CountThreads();
     std::thread([] {}).join();
+    WaitUntil([before] {
+        return CountThreads() <= before + 1;
+    }); // a joined thread may be listed for a moment
+#endif
     return CountThreads();
 }
 
 } // namespace
 
-LeakCheck::LeakCheck() : descriptors_(OpenDescriptors()), threads_(CountThreadsOnceThereWasOne()) {}
+LeakCheck::LeakCheck() : descriptors_(OpenDescriptors()), threads_(CountThreadsOfTheProgram()) {}
 
 ::testing::AssertionResult LeakCheck::NothingLeft(Milliseconds limit) const {
     const auto settled = [this] {
