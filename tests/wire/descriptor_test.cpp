@@ -240,10 +240,11 @@ TEST_F(Descriptor, AServerThatDiesInsteadOfPassingItIsReportedAsZero) {
 }
 
 TEST_F(Descriptor, WaitingForItDoesNotBlockTheEnd) {
-    Server().Send(Event(kAudio));
-    ASSERT_TRUE(Server().ClientHasRead());
+    // The event in front says when the hand-over is being dealt with, in the same burst.
+    Server().Send(Event("BE01") + Event(kAudio));
+    ASSERT_TRUE(Adapter().WaitForEntry("discovery_state_changed(1)"));
     Session().Stop();
-    EXPECT_EQ(Adapter().Take(), (Entries{"transport(1, none)"}));
+    EXPECT_EQ(Adapter().Take(), (Entries{"discovery_state_changed(1)", "transport(1, none)"}));
 }
 
 // A descriptor that belongs to nothing, then a regular hand-over.
