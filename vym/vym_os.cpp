@@ -12,9 +12,9 @@
 
 namespace {
 
-// Room for a sender that passes more descriptors than the one that is due: what does not fit is closed
-// by the kernel, what fits is closed here.
-constexpr size_t kDescriptorRoom = 8;
+// As many descriptors as the kernel lets one message carry (SCM_MAX_FD): none is ever cut off, and what
+// a sender passes beyond the one that is due is closed here.
+constexpr size_t kDescriptorRoom = 253;
 
 // Keeps the first descriptor of the message, closes the others.
 int take_first(const cmsghdr* header) {

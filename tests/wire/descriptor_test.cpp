@@ -303,7 +303,7 @@ TEST_F(Descriptor, TheSurplusOfOneMessageIsClosed) {
     ExpectEntries({"transport(1, a)", "transport(1, c)"});
 }
 
-TEST_F(Descriptor, AMessageWithMoreThanThereIsRoomForIsHarmless) {
+TEST_F(Descriptor, AMessageWithFortyOfThemIsHarmless) {
     Server().Send(Event(kAudio));
     PassWith(std::string("\0", 1), Entries(40, "a"));
     Server().Send(Event("BE01"));
