@@ -44,7 +44,7 @@ struct tag_data_transport {
 };
 typedef struct tag_data_transport vym_audio_stream_data_transport_t;
 
-vym_audio_stream_data_transport_t s_data_transport;
+vym_audio_stream_data_transport_t s_data_transport = {};
 
 void stop(reader_t* reader) {
     reader->alive = 0;

@@ -18,7 +18,7 @@
 
 namespace vym {
 
-adapter_state s_adapter;
+adapter_state s_adapter = {};
 
 } // namespace vym
 

@@ -18,7 +18,7 @@ typedef struct _bonded_device_info {
     int bonded_device_num VYM_GUARDED_BY(bonded_device_lock);
 } bonded_device_info;
 
-bonded_device_info s_bonded_device_info;
+bonded_device_info s_bonded_device_info = {};
 
 // Returns the index of the address, -1 when it is not listed.
 int find(const bt_bdaddr_t& address) VYM_REQUIRES(s_bonded_device_info.bonded_device_lock) {
