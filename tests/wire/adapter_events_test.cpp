@@ -22,8 +22,10 @@ protected:
         }
         // The changes of state, which would wait for the getter below, are dealt with by now.
         EXPECT_TRUE(Output().WaitForOut(", op_code[4],"));
-        const auto answer = wire::AdapterProperties({Record(4, wire::Number(0x5A020C))});
-        EXPECT_EQ(Ask(vym_bluetooth_get_class, "AT#BA04\r\n", {answer}), 0x5A020C);
+        // A property that is in none of the events: those still on their way do not answer the getter.
+        const auto answer = wire::AdapterProperties({Record(7, wire::Number(2))});
+        EXPECT_EQ(Ask(vym_bluetooth_get_scan_mode, "AT#BA07\r\n", {answer}),
+                  BT_SCAN_MODE_CONNECTABLE_DISCOVERABLE);
         EXPECT_EQ(Adapter().Size(), 0U);
     }
 };
