@@ -16,8 +16,8 @@ namespace sim {
 /// client that never ends its line costs no memory.
 class Framer {
 public:
-    /// The longest command: a block of 0xFFFF bytes, its fixed fields, and room to spare.
-    static constexpr size_t kLongest = 0xFFFF + 1024;
+    /// The longest command: six blocks of 0xFFFF bytes, its fixed fields, and room to spare.
+    static constexpr size_t kLongest = size_t{6} * 0xFFFF + 1024;
 
     struct Listener {
         /// A whole line with its CR LF.

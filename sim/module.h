@@ -38,6 +38,19 @@ struct Pace {
     std::chrono::milliseconds playback_second{1000};
     /// Between two items of a browsed list, and between handfuls of phone-book entries.
     std::chrono::milliseconds list_step{1};
+    /// From a server's opening until a device connects to it.
+    std::chrono::milliseconds serial_dial{500};
+    /// Until the device greets: a client learns of the connection and gets its data on two different
+    /// ways.
+    std::chrono::milliseconds serial_greeting{500};
+    /// Between two lines of a serial service that reports by itself.
+    std::chrono::milliseconds serial_line{1000};
+    /// How long serial data waits for credits before the first ones are taken to hold again.
+    std::chrono::milliseconds serial_credit{100};
+    /// How long a HID host waits between two of its requests, and for the answer to one.
+    std::chrono::milliseconds hid_step{300};
+    /// Between two reports of the host on the interrupt channel.
+    std::chrono::milliseconds hid_interrupt{1000};
 };
 
 /// The way to the client. While no client is connected, everything sent is dropped.
@@ -56,6 +69,8 @@ struct Hub {
     Outbox& out;
     Log& log;
     const Pace& pace;
+    /// Tells every module that the radio has been switched on.
+    std::function<void()> radio_on;
     /// Tells every module that the radio goes off.
     std::function<void()> radio_off;
     /// Tells every module that the link to a device goes down.
@@ -76,6 +91,8 @@ public:
     Module& operator=(const Module&) = delete;
 
     virtual std::vector<Command> commands() = 0;
+    /// The radio has been switched on, perhaps again.
+    virtual void radio_on() {}
     /// The radio goes off: end what needs it. Called before the links drop.
     virtual void radio_off() {}
     /// The link to a device goes down: end what runs over it.

@@ -24,6 +24,8 @@ std::unique_ptr<Module> make_avrcp(Hub& hub, std::shared_ptr<Media> media);
 std::unique_ptr<Module> make_avrcp_browsing(Hub& hub, std::shared_ptr<Media> media);
 std::unique_ptr<Module> make_avrcp_cover_art(Hub& hub, std::shared_ptr<Media> media);
 std::unique_ptr<Module> make_phone_book(Hub& hub);
+std::unique_ptr<Module> make_serial(Hub& hub);
+std::unique_ptr<Module> make_hid_host(Hub& hub);
 
 inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     std::vector<std::unique_ptr<Module>> modules;
@@ -40,6 +42,8 @@ inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     modules.push_back(make_avrcp_browsing(hub, media));
     modules.push_back(make_avrcp_cover_art(hub, media));
     modules.push_back(make_phone_book(hub));
+    modules.push_back(make_serial(hub));
+    modules.push_back(make_hid_host(hub));
     return modules;
 }
 

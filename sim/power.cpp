@@ -40,6 +40,7 @@ private:
         if (!audio_.is_open()) {
             audio_.open();
         }
+        hub().radio_on();
     }
 
     void disable(Fields& fields) {

@@ -78,8 +78,13 @@ std::string free_socket_path(const std::string& dir) {
 Server::Server(asio::io_context& loop, World world, Options options, std::ostream& log)
     : loop_(loop), options_(std::move(options)), world_(std::move(world)), log_(options_.log, log),
       path_(free_socket_path(options_.dir)),
-      traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace, {}, {}},
+      traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace, {}, {}, {}},
       dispatcher_(log_), acceptor_(loop_) {
+    hub_.radio_on = [this] {
+        for (const auto& module : modules_) {
+            module->radio_on();
+        }
+    };
     hub_.radio_off = [this] {
         for (const auto& module : modules_) {
             module->radio_off();

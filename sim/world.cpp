@@ -20,6 +20,8 @@ void set_services(Device& device, std::vector<uint16_t> services) {
                    uuid_from_16bit);
 }
 
+constexpr uint16_t kSerialPort = 0x1101;
+
 Octets16 counting_from(uint8_t first) {
     Octets16 octets{};
     std::generate(octets.begin(), octets.end(), [&first] { return first++; });
@@ -37,7 +39,9 @@ Device annas_phone() {
     d.passkey = 123456;
     d.priority = 2;
     d.manufacturer = manufacturer(0x0C);
-    set_services(d, {0x110A, 0x110C, 0x111F, 0x112F, 0x1800});
+    set_services(d, {kSerialPort, 0x110A, 0x110C, 0x111F, 0x112F, 0x1800});
+    d.serial_services = {{uuid_from_16bit(kSerialPort), 11, SerialTalk::Echo}};
+    d.dials_serial_servers = true;
     return d;
 }
 
@@ -95,6 +99,34 @@ Device keyboard() {
     return d;
 }
 
+Device gnss_receiver() {
+    Device d;
+    d.address = to_address("2A:47:4E:53:53:01");
+    d.name = "GNSS receiver";
+    d.class_of_device = 0x011F00;
+    d.rssi = -55;
+    d.discoverable = false;
+    d.manufacturer = manufacturer(0x06);
+    set_services(d, {kSerialPort});
+    d.serial_services = {{uuid_from_16bit(kSerialPort), 1, SerialTalk::Positions}};
+    return d;
+}
+
+Device laptop() {
+    Device d;
+    d.address = to_address("2E:4C:70:74:6F:70");
+    d.name = "Work laptop";
+    d.class_of_device = 0x00010C;
+    d.rssi = -49;
+    d.discoverable = false;
+    d.pairing = Pairing::Confirm;
+    d.passkey = 314159;
+    d.manufacturer = manufacturer(0x0B);
+    set_services(d, {0x1200});
+    d.is_hid_host = true;
+    return d;
+}
+
 } // namespace
 
 Device* World::find(const Address& address) {
@@ -129,8 +161,9 @@ World built_in_world() {
     a.oob_r192 = counting_from(0x30);
     a.oob_c256 = counting_from(0x50);
     a.oob_r256 = counting_from(0x70);
-    world.devices = {annas_phone(), kitchen_speaker(), heart_strap(), car_kit(), keyboard()};
-    world.bonded = {world.devices[3].address, world.devices[4].address};
+    world.devices = {annas_phone(), kitchen_speaker(), heart_strap(), car_kit(),
+                     keyboard(),    gnss_receiver(),   laptop()};
+    world.bonded = {world.devices[3].address, world.devices[4].address, world.devices[6].address};
     world.phone = built_in_phone();
     return world;
 }

@@ -43,6 +43,18 @@ enum class Pairing {
     EnterPasskey, // the device shows a number, the user types it
 };
 
+/// What the other end of a serial connection does.
+enum class SerialTalk {
+    Echo,      // sends back what it gets
+    Positions, // sends its position, line after line
+};
+
+struct SerialService {
+    Octets16 uuid{};
+    uint8_t channel = 0;
+    SerialTalk talk = SerialTalk::Echo;
+};
+
 struct Device {
     Address address;
     std::string name;
@@ -59,6 +71,11 @@ struct Device {
     uint8_t priority = 0;
     uint32_t manufacturer = 0;
     bool connected = false;
+    std::vector<SerialService> serial_services;
+    /// Whether it connects to serial servers that the client opens.
+    bool dials_serial_servers = false;
+    /// Whether it lets the client be its keyboard or mouse.
+    bool is_hid_host = false;
     /// Set by the client for a later out-of-band pairing.
     Octets16 oob_c192{};
     Octets16 oob_r192{};
@@ -101,7 +118,7 @@ struct World {
 };
 
 /// The world that is played when none is given: a phone, a speaker and a heart-rate strap to be found,
-/// a car kit and a keyboard already bonded.
+/// a car kit, a keyboard and a laptop already bonded, and a GNSS receiver that does not show itself.
 World built_in_world();
 
 } // namespace sim

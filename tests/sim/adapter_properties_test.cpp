@@ -33,7 +33,8 @@ TEST(SimAdapterProperties, EachPropertyHasItsRecord) {
         {"AT#BA03\r\n", "BB000100040300"},
         {"AT#BA04\r\n", "BB000100090404\x04\x04\x24\xDC\xDD"},
         {"AT#BA07\r\n", "BB0001000C0704" + zeros(4)},
-        {"AT#BA08\r\n", "BB00010010080C\x2E\x43\x61\x72\x4B\x74\x26\x4B\x65\x79\x62\x64"},
+        {"AT#BA08\r\n",
+         "BB000100160812\x2E\x43\x61\x72\x4B\x74\x26\x4B\x65\x79\x62\x64\x2E\x4C\x70\x74\x6F\x70"},
         {"AT#BA09\r\n", "BB0001000B0904x" + zeros(3)},
         {"AT#BA23\r\n", "BB0001000B2304\x08" + zeros(3)},
         {"AT#BA24\r\n", "BB0001000B2404$" + zeros(3)},
@@ -55,12 +56,15 @@ TEST(SimAdapterProperties, BondedDevicesComeOnePerEventWithTotalAndIndex) {
     RunningSim sim;
     TestClient client = sim.client();
     client.send("AT#BA0F\r\n");
-    EXPECT_EQ(client.event(), "BB000100560F34\x02\xDC\xDD\x74\x4B\x72\x61\x43\x2E\x08\x04\x24\xDC\xDD"
+    EXPECT_EQ(client.event(), "BB000100560F34\x03\xDC\xDD\x74\x4B\x72\x61\x43\x2E\x08\x04\x24\xDC\xDD"
                               "\x02\x1E\x11\x08\x11" +
                                   zeros(28) + "Car kit");
-    EXPECT_EQ(client.event(), "BB000100600F3C\x02\x01\x64\x62\x79\x65\x4B\x26\x40\x25\xDC\xDD\xDC\xDD"
+    EXPECT_EQ(client.event(), "BB000100600F3C\x03\x01\x64\x62\x79\x65\x4B\x26\x40\x25\xDC\xDD\xDC\xDD"
                               "\x01\x24\x11" +
                                   zeros(30) + "Office keyboard");
+    EXPECT_EQ(client.event(), "BB0001005D0F38\x03\x02\x70\x6F\x74\x70\x4C\x2E\x0C\x01\xDC\xDD\xDC\xDD"
+                              "\x01\xDC\xDD\x12" +
+                                  zeros(30) + "Work laptop");
     EXPECT_EQ(client.events_until_version(), Strings{});
 }
 
@@ -78,6 +82,7 @@ TEST(SimAdapterProperties, ADeviceWithManyServicesHasSixteenInItsRecord) {
     sim::World world = sim::built_in_world();
     world.devices[3].services.assign(20, 0x1122);
     world.devices[3].name = std::string(248, 'n');
+    world.bonded.resize(2);
     world.bonded.pop_back();
     RunningSim sim(world);
     TestClient client = sim.client();

@@ -33,10 +33,9 @@ TEST(SimBonding, TheRightPinBonds) {
     EXPECT_EQ(s.answers("AT#BR1122334455660100040000\r\n"),
               (Strings{"BI0011223344556600", "BH0011223344556602"}));
     // The newest bond is the last.
-    EXPECT_EQ(
-        s.answers("AT#BA08\r\n"),
-        Strings{
-            "BB000100160812\x2E\x43\x61\x72\x4B\x74\x26\x4B\x65\x79\x62\x64\x11\x22\x33\x44\x55\x66"});
+    EXPECT_EQ(s.answers("AT#BA08\r\n"),
+              Strings{"BB0001001C0818\x2E\x43\x61\x72\x4B\x74\x26\x4B\x65\x79\x62\x64\x2E\x4C\x70\x74"
+                      "\x6F\x70\x11\x22\x33\x44\x55\x66"});
 }
 
 TEST(SimBonding, AWrongOrRefusedPinFails) {
@@ -170,19 +169,22 @@ TEST(SimBonding, RemovingABondDropsItsLinkAndItsRecord) {
     EXPECT_EQ(s.answers("AT#BOC64865617274\r\n"),
               (Strings{"BI00C6486561727401", "BH00C6486561727400"}));
     EXPECT_EQ(s.answers("AT#BO2E4361724B74\r\n"), Strings{"BH002E4361724B7400"});
-    EXPECT_EQ(s.answers("AT#BA08\r\n"), Strings{"BB0001000A0806\x26\x4B\x65\x79\x62\x64"});
+    EXPECT_EQ(s.answers("AT#BA08\r\n"),
+              Strings{"BB00010010080C\x26\x4B\x65\x79\x62\x64\x2E\x4C\x70\x74\x6F\x70"});
     EXPECT_EQ(s.answers("AT#BO999999999999\r\n"), Strings{"BH0A99999999999900"});
 }
 
 TEST(SimBonding, TheOldestBondMakesRoom) {
     sim::World world = sim::built_in_world();
-    world.adapter.max_bonded = 2;
+    world.adapter.max_bonded = 3;
     PoweredSim s(world);
     EXPECT_EQ(s.answers("AT#BMC64865617274\r\n"),
               (Strings{"BH00C6486561727401", "BH002E4361724B7400", "BI00C6486561727400",
                        "BH00C6486561727402"}));
-    EXPECT_EQ(s.answers("AT#BA08\r\n"),
-              Strings{"BB00010010080C\x26\x4B\x65\x79\x62\x64\xC6\x48\x65\x61\x72\x74"});
+    EXPECT_EQ(
+        s.answers("AT#BA08\r\n"),
+        Strings{
+            "BB000100160812\x26\x4B\x65\x79\x62\x64\x2E\x4C\x70\x74\x6F\x70\xC6\x48\x65\x61\x72\x74"});
 }
 
 TEST(SimBonding, ConnectionStateFollowsTheLink) {
@@ -218,12 +220,11 @@ TEST(SimBonding, AClientThatLeavesTakesItsQuestionWithIt) {
     TestClient second = s.sim.client();
     // Power, link and bond are as they were; the pairing is not.
     second.send("AT#BR1122334455660100040000\r\nAT#BQC64865617274\r\nAT#BA08\r\nAT#BM112233445566\r\n");
-    EXPECT_EQ(
-        second.events_until_version(),
-        (Strings{
-            "BI00C6486561727400",
-            "BB000100160812\x2E\x43\x61\x72\x4B\x74\x26\x4B\x65\x79\x62\x64\xC6\x48\x65\x61\x72\x74",
-            "BH0011223344556601", kSpeakerAsks}));
+    EXPECT_EQ(second.events_until_version(),
+              (Strings{"BI00C6486561727400",
+                       "BB0001001C0818\x2E\x43\x61\x72\x4B\x74\x26\x4B\x65\x79\x62\x64\x2E\x4C\x70\x74"
+                       "\x6F\x70\xC6\x48\x65\x61\x72\x74",
+                       "BH0011223344556601", kSpeakerAsks}));
 }
 
 } // namespace

@@ -162,8 +162,9 @@ TEST(SimConnection, AClientThatDoesNotReadIsNotReadEitherAndMissesNothing) {
     // Otherwise the answers of all of them are in the server's memory.
     ASSERT_LT(commands, kLimit);
     for (size_t i = 0; i < commands; ++i) {
-        ASSERT_EQ(client.event().substr(0, 18), "BB000100560F34\x02\xDC\xDD\x74") << "answer " << i;
-        ASSERT_EQ(client.event().substr(0, 18), "BB000100600F3C\x02\x01\x64\x62") << "answer " << i;
+        ASSERT_EQ(client.event().substr(0, 18), "BB000100560F34\x03\xDC\xDD\x74") << "answer " << i;
+        ASSERT_EQ(client.event().substr(0, 18), "BB000100600F3C\x03\x01\x64\x62") << "answer " << i;
+        ASSERT_EQ(client.event().substr(0, 18), "BB0001005D0F38\x03\x02\x70\x6F") << "answer " << i;
     }
     EXPECT_EQ(client.events_until_version(), Strings{});
 }
@@ -177,22 +178,32 @@ TEST(SimConnection, TrafficIsEveryByteOfBothDirections) {
     EXPECT_EQ(client.event(), "PA01");
     const std::string number = client.event().substr(4);
     EXPECT_TRUE(client.descriptor());
+    const std::string other_number = client.event().substr(4);
+    EXPECT_TRUE(client.descriptor());
     client.close();
     // The next client is served only after the first one's end was seen.
     expect_alive(sim);
     sim.stop();
-    std::string digits;
-    for (const char c : number) {
-        // The byte of a digit is 30 and up, that of a letter 41 and up.
-        digits += c < 'A' ? std::string{'3', c} : std::string{'4', static_cast<char>('1' + (c - 'A'))};
-    }
+    const auto digits_of = [](const std::string& text) {
+        std::string digits;
+        for (const char c : text) {
+            // The byte of a digit is 30 and up, that of a letter 41 and up.
+            digits +=
+                c < 'A' ? std::string{'3', c} : std::string{'4', static_cast<char>('1' + (c - 'A'))};
+        }
+        return digits;
+    };
     EXPECT_EQ(sim.traffic(), "< 41542350560D0A\n"
                              "> 505676796D2D73696D20312E3000\n"
                              "< 686D0D0A\n"
                              "< 41542350420D0A\n"
                              "> 5041303100\n"
                              "> 50443031" +
-                                 digits +
+                                 digits_of(number) +
+                                 "00\n"
+                                 "> fd 00\n"
+                                 "> 50443030" +
+                                 digits_of(other_number) +
                                  "00\n"
                                  "> fd 00\n"
                                  "< 41542350\n"
@@ -203,7 +214,7 @@ TEST(SimConnection, TrafficIsEveryByteOfBothDirections) {
 TEST(SimConnection, DroppedBytesAreTrafficToo) {
     RunningSim sim;
     TestClient client = sim.client();
-    client.send(std::string(200000, 'A') + "\r\nAT#PV\r\n");
+    client.send(std::string(500000, 'A') + "\r\nAT#PV\r\n");
     EXPECT_EQ(client.event(), "PVvym-sim 1.0");
     sim.stop();
     size_t received = 0;
@@ -213,7 +224,7 @@ TEST(SimConnection, DroppedBytesAreTrafficToo) {
             received += (line.size() - 2) / 2;
         }
     }
-    EXPECT_EQ(received, 200000U + 2 + 7);
+    EXPECT_EQ(received, 500000U + 2 + 7);
 }
 
 TEST(SimConnection, TheLogNamesCommandsAndEvents) {

@@ -10,7 +10,7 @@ namespace {
 using Strings = std::vector<std::string>;
 
 const Strings kDevices{
-    "BD2A416E6E610103005A020CCC000C\xDC\xDF\x11\x0C\x11\x1F\x11\x2F\x11\xDC\xDD\x18"
+    "BD2A416E6E610103005A020CCC000E\x01\x11\xDC\xDF\x11\x0C\x11\x1F\x11\x2F\x11\xDC\xDD\x18"
     "Anna's phone",
     "BD1122334455660100240414BD0006\x0B\x11\x0E\x11\x1E\x11Kitchen speaker",
     "BDC648656172740200000000B60008\xDC\xDE\x18\x0F\x18\xDC\xDF\x18Heart strap",

@@ -9,7 +9,7 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-TEST(SimPower, EnableReportsOnAndHandsOverADescriptor) {
+TEST(SimPower, EnableReportsOnAndHandsOverTwoDescriptors) {
     RunningSim sim;
     TestClient client = sim.client();
     client.send("AT#PB\r\n");
@@ -19,6 +19,9 @@ TEST(SimPower, EnableReportsOnAndHandsOverADescriptor) {
     EXPECT_EQ(transport.size(), 12U);
     EXPECT_EQ(transport.find_first_not_of("0123456789ABCDEF", 2), std::string::npos);
     EXPECT_TRUE(client.descriptor());
+    EXPECT_EQ(client.event().substr(0, 4), "PD00");
+    EXPECT_TRUE(client.descriptor());
+    EXPECT_EQ(client.events_until_version(), Strings{});
 }
 
 TEST(SimPower, EnableWithoutFirmwareDownloadIsTheSame) {
@@ -77,6 +80,8 @@ TEST(SimPower, TheDescriptorComesBetweenItsEventAndTheNext) {
     for (int i = 0; i < 50; ++i) {
         EXPECT_EQ(client.event(), "PA01");
         EXPECT_EQ(client.event().substr(0, 4), "PD01");
+        EXPECT_TRUE(client.descriptor());
+        EXPECT_EQ(client.event().substr(0, 4), "PD00");
         EXPECT_TRUE(client.descriptor());
         EXPECT_EQ(client.event(), "PVvym-sim 1.0");
         EXPECT_EQ(client.event(), "PA00");

@@ -166,7 +166,10 @@ sim::UniqueFd TestClient::enable() {
     send("AT#PB\r\n");
     EXPECT_EQ(event(), "PA01");
     EXPECT_EQ(event().substr(0, 4), "PD01");
-    return descriptor();
+    sim::UniqueFd audio = descriptor();
+    EXPECT_EQ(event().substr(0, 4), "PD00");
+    serial_ = descriptor();
+    return audio;
 }
 
 RunningSim::RunningSim(sim::World world, sim::Pace pace) {

@@ -55,8 +55,10 @@ public:
     int fd() const { return fd_.get(); }
     void close() { fd_.reset(); }
 
-    /// Switches on, and takes what that brings.
+    /// Switches on, and takes what that brings: the audio descriptor is returned, the serial one kept.
     sim::UniqueFd enable();
+    const sim::UniqueFd& serial() const { return serial_; }
+    void close_serial() { serial_.reset(); }
 
 private:
     bool receive();
@@ -64,6 +66,7 @@ private:
     sim::UniqueFd fd_;
     std::string buffer_;
     std::deque<sim::UniqueFd> descriptors_;
+    sim::UniqueFd serial_;
 };
 
 /// Reads exactly `count` bytes; shorter when the other end closes or ten seconds pass.
