@@ -53,7 +53,9 @@ typedef struct tag_bt_bdaddr {
     uint8_t address[6];
 } bt_bdaddr_t;
 
-/** A 128-bit UUID. Events fill it `uu[0]` first. */
+/** A 128-bit UUID, most significant byte in `uu[0]`: 00001101-0000-1000-8000-00805F9B34FB begins with
+ * 0x00, 0x00, 0x11, 0x01. The library does not look at it. On the wire events carry `uu[0]` first, most
+ * commands `uu[15]`: each function says which. */
 typedef struct tag_bt_uuid {
     uint8_t uu[16];
 } bt_uuid_t;

@@ -47,6 +47,10 @@ constexpr field hex8(uint32_t value) {
 constexpr field hex8(int value) {
     return hex8(static_cast<uint32_t>(value));
 }
+// The low 32 bits, on every host.
+constexpr field hex8(long value) {
+    return hex8(static_cast<uint32_t>(value));
+}
 inline field uuid_forward(const bt_uuid_t& uuid) {
     return {field_kind::bytes_forward, 0, uuid.uu, sizeof uuid.uu};
 }

@@ -59,6 +59,10 @@ struct oob_data {
     static constexpr int width = 32;
     static bt_oob_data_t read(field_reader& in) { return in.oob_data(); }
 };
+struct uuid128 {
+    static constexpr int width = 32;
+    static bt_uuid_t read(field_reader& in) { return in.uuid128(); }
+};
 struct rest {
     static constexpr int width = 0;
     static char* read(field_reader& in) { return in.rest(); }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
-// A mutex that needs no construction and no destruction, with annotations that clang checks
-// (-Wthread-safety): what a lock guards is written on the member.
+// A mutex and a condition that need no construction and no destruction, with annotations that clang
+// checks (-Wthread-safety): what a lock guards is written on the member.
 #ifndef VYM_THREAD_H
 #define VYM_THREAD_H
 
@@ -32,7 +32,23 @@ public:
     void unlock() VYM_THREAD_ANNOTATION(release_capability()) { pthread_mutex_unlock(&m_mutex); }
 
 private:
+    friend class condition;
     pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
+};
+
+// What threads wait for while a mutex guards it; trivially destructible for the same reason. A wait may
+// end for nothing: wait in a loop on what is awaited.
+class condition {
+public:
+    constexpr condition() = default;
+    condition(const condition&) = delete;
+    condition& operator=(const condition&) = delete;
+
+    void wait(mutex& held) VYM_REQUIRES(held) { pthread_cond_wait(&m_condition, &held.m_mutex); }
+    void notify_all() { pthread_cond_broadcast(&m_condition); }
+
+private:
+    pthread_cond_t m_condition = PTHREAD_COND_INITIALIZER;
 };
 
 class VYM_THREAD_ANNOTATION(scoped_lockable) lock_guard {
