@@ -13,6 +13,22 @@
 
 namespace support {
 
+struct BytesOf {
+    const uint8_t* data;
+    size_t length;
+};
+
+/** Hexadecimal digits; "null" without a pointer. */
+inline std::string ValueText(const BytesOf& bytes) {
+    std::string text = bytes.data == nullptr ? "null" : "";
+    for (size_t i = 0; bytes.data != nullptr && i < bytes.length; ++i) {
+        char digits[3];
+        snprintf(digits, sizeof digits, "%02X", bytes.data[i]);
+        text += digits;
+    }
+    return text;
+}
+
 inline std::string ValueText(const bt_bdaddr_t& address) {
     std::string text;
     for (int i = 5; i >= 0; --i) {
@@ -21,6 +37,11 @@ inline std::string ValueText(const bt_bdaddr_t& address) {
         text += digits;
     }
     return text;
+}
+
+/** `uu[0]` first, as events bring it. */
+inline std::string ValueText(const bt_uuid_t& uuid) {
+    return ValueText(BytesOf{uuid.uu, sizeof uuid.uu});
 }
 
 inline std::string ValueText(const char* text) {

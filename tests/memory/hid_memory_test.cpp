@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// The HID device without memory: nothing is sent, and the host's data is consumed all the same.
+
+#include "memory/failing_allocations.h"
+#include "support/record_text.h"
+#include "support/session.h"
+
+#include "vym_hid_event.h"
+
+namespace {
+
+using memory::FailingAllocations;
+
+struct CommandCase {
+    const char* name;
+    bt_status_t (*call)();
+};
+
+uint8_t s_block[] = {'b'};
+
+const CommandCase kCommands[] = {
+    {"register_app",
+     [] {
+         return vym_hid_register_app(0x40, 1, s_block, 1, s_block, 1, s_block, 1, s_block, 1, s_block,
+                                     1, s_block);
+     }},
+    {"register_app of nothing",
+     [] {
+         return vym_hid_register_app(0x40, 0, nullptr, 0, nullptr, 0, nullptr, 0, nullptr, 0, nullptr,
+                                     0, nullptr);
+     }},
+    {"unregister_app", [] { return vym_hid_unregister_app(); }},
+    {"send_report", [] { return vym_hid_send_report(1, 2, 1, s_block); }},
+    {"report_error", [] { return vym_hid_report_error_impl(1); }},
+    {"unplug", [] { return vym_hid_unplug_impl(); }},
+    {"connect", [] { return vym_hid_connect({}); }},
+    {"disconnect", [] { return vym_hid_disconnect(); }},
+};
+
+hid_callback_t s_table = {};
+
+support::Recorder& Record() {
+    static support::Recorder record;
+    return record;
+}
+
+class HidWithoutMemory : public support::AdapterTest {
+protected:
+    void SetUp() override {
+        AdapterTest::SetUp();
+        Record().Reset();
+        s_table.hid_connection_state_cb = [](bt_bdaddr_t address, int state) {
+            Record().Add(support::CallText("connection", address, state));
+        };
+        vym_hid_init(&s_table);
+    }
+    void TearDown() override {
+        vym_hid_done();
+        AdapterTest::TearDown();
+    }
+    void ExpectFrom(const std::string& event, const std::vector<std::string>& entries) {
+        Server().Send(support::Event(event));
+        EXPECT_TRUE(Session().EventsAreHandled());
+        EXPECT_EQ(Record().Take(), entries);
+    }
+};
+
+TEST_F(HidWithoutMemory, CommandsAreNotSentAndSaySo) {
+    {
+        const FailingAllocations failing;
+        for (const CommandCase& one : kCommands) {
+            EXPECT_EQ(one.call(), BT_STATUS_NOMEM) << one.name;
+        }
+    }
+    Server().ExpectNothingMore();
+    for (const CommandCase& one : kCommands) {
+        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
+    }
+}
+
+TEST_F(HidWithoutMemory, TheHostsDataIsConsumed) {
+    const FailingAllocations failing;
+    ExpectFrom("DE01020003abc", {});
+    ExpectFrom("DG010003abc", {});
+    ExpectFrom("DBA1B2C3D4E5F600000002", {"connection(A1B2C3D4E5F6, 2)"});
+}
+
+TEST_F(HidWithoutMemory, AParserIsNotMade) {
+    for (int skip = 0; skip < 3; ++skip) {
+        const FailingAllocations failing(skip, 1);
+        hid_impl_callback_t handlers{};
+        EXPECT_EQ(create_hid_event_parser(&handlers), nullptr) << skip;
+        EXPECT_EQ(failing.Failed(), 1);
+    }
+}
+
+TEST_F(HidWithoutMemory, InitMayFailAndBeRepeated) {
+    for (int skip = 0; skip < 3; ++skip) {
+        vym_hid_done();
+        {
+            const FailingAllocations failing(skip, 1);
+            vym_hid_init(&s_table);
+            EXPECT_EQ(failing.Failed(), 1);
+        }
+        ExpectFrom("DBA1B2C3D4E5F600000002", {});
+        vym_hid_done();
+        vym_hid_init(&s_table);
+        ExpectFrom("DBA1B2C3D4E5F600000002", {"connection(A1B2C3D4E5F6, 2)"});
+    }
+}
+
+} // namespace
