@@ -82,21 +82,33 @@ static inline int noted(const int* place) {
     return value;
 }
 
-/* In main(): waits until a callback has noted this value; gives up when that takes too long. */
-static inline void await(const int* place, int value, const char* what) {
+/* In main(): waits until a callback has noted this value (or another one); gives up when that takes too
+ * long. Returns what was noted. */
+static inline int scene_wait(const int* place, int value, int is_wanted, const char* what) {
     struct timespec until;
     int result = 0;
+    int seen = 0;
     clock_gettime(CLOCK_REALTIME, &until);
     until.tv_sec += SCENE_PATIENCE_S;
     pthread_mutex_lock(&scene.lock);
-    while (*place != value && result == 0) {
+    while ((*place == value) != is_wanted && result == 0) {
         result = pthread_cond_timedwait(&scene.changed, &scene.lock, &until);
     }
+    seen = *place;
     pthread_mutex_unlock(&scene.lock);
     if (result != 0) {
         give_up("the server did not report %s within %d s; is it switched off or busy?", what,
                 SCENE_PATIENCE_S);
     }
+    return seen;
+}
+
+static inline void await(const int* place, int value, const char* what) {
+    scene_wait(place, value, 1, what);
+}
+
+static inline int await_other(const int* place, int value, const char* what) {
+    return scene_wait(place, value, 0, what);
 }
 
 /* 00:11:22:33:44:55, as people write an address. */

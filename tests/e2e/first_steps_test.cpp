@@ -24,10 +24,6 @@ using support::Process;
 
 using e2e::RunningSim;
 
-std::vector<std::string> FirstSteps(const std::vector<std::string>& arguments) {
-    return support::BuiltProgram(VYM_EMULATOR, VYM_FIRST_STEPS_PATH, arguments);
-}
-
 // One run of the example with a listener on the line, shared by the tests that look at its capture.
 class CaptureOfFirstSteps : public ::testing::Test {
 public:
@@ -35,7 +31,7 @@ public:
         s_near = std::make_unique<support::TempDir>();
         RunningSim sim;
         support::Relay relay(s_near->Path(), sim.Directory());
-        Process steps(FirstSteps({s_near->Path()}));
+        Process steps(e2e::Example("first_steps", {s_near->Path()}));
         ASSERT_EQ(steps.ExitCode(3 * support::TimeLimit()), 0) << steps.Out() << steps.Err();
         s_commands = relay.Commands();
         s_events = relay.Events();
@@ -118,7 +114,7 @@ Traffic FromMonitor(const std::string& output) {
 
 TEST(FirstStepsProgram, DrivesTheServerFromPowerOnToPowerOff) {
     RunningSim sim;
-    Process steps(FirstSteps({sim.Directory()}));
+    Process steps(e2e::Example("first_steps", {sim.Directory()}));
     ASSERT_EQ(steps.ExitCode(3 * support::TimeLimit()), 0) << steps.Out() << steps.Err();
 
     const std::string out = steps.Out();
@@ -136,9 +132,9 @@ TEST(FirstStepsProgram, DrivesTheServerFromPowerOnToPowerOff) {
 
 TEST(FirstStepsProgram, ASecondRunFindsThePhoneBondedAlready) {
     RunningSim sim;
-    Process first(FirstSteps({sim.Directory()}));
+    Process first(e2e::Example("first_steps", {sim.Directory()}));
     ASSERT_EQ(first.ExitCode(3 * support::TimeLimit()), 0) << first.Out() << first.Err();
-    Process second(FirstSteps({sim.Directory()}));
+    Process second(e2e::Example("first_steps", {sim.Directory()}));
     EXPECT_EQ(second.Err(), "");
     EXPECT_TRUE(second.WaitForOut("   paired\n", 3 * support::TimeLimit())) << second.Out();
     EXPECT_EQ(second.Out().find("shows 123456"), std::string::npos) << "nothing was to be confirmed";
@@ -146,14 +142,14 @@ TEST(FirstStepsProgram, ASecondRunFindsThePhoneBondedAlready) {
 
 TEST(FirstStepsProgram, WithoutAServerItSaysHowToStartOneAndFails) {
     const support::TempDir empty;
-    Process steps(FirstSteps({empty.Path()}));
+    Process steps(e2e::Example("first_steps", {empty.Path()}));
     EXPECT_EQ(steps.ExitCode(), 1);
     EXPECT_EQ(steps.Err(), "first_steps: no server answers on " + empty.Path() +
                                "/vym_socket; start vym-sim --dir " + empty.Path() + "\n");
 }
 
 TEST(FirstStepsProgram, WithoutADirectoryItShowsItsUsage) {
-    Process steps(FirstSteps({}));
+    Process steps(e2e::Example("first_steps", {}));
     EXPECT_EQ(steps.ExitCode(), 2);
     EXPECT_EQ(steps.Err(), "usage: first_steps DIRECTORY   (where the server's vym_socket is)\n");
 }

@@ -13,6 +13,28 @@
 
 namespace e2e {
 
+/** The command line of one of the examples. */
+inline std::vector<std::string> Example(const std::string& name,
+                                        const std::vector<std::string>& arguments) {
+    return support::BuiltProgram(VYM_EMULATOR, VYM_EXAMPLES_DIR "/" + name, arguments);
+}
+
+/** The lines stand in the text in this order. */
+inline ::testing::AssertionResult HasInOrder(const std::string& text,
+                                             const std::vector<std::string>& lines) {
+    size_t at = 0;
+    for (const std::string& line : lines) {
+        const size_t found = text.find(line, at);
+        if (found == std::string::npos) {
+            return ::testing::AssertionFailure()
+                   << "missing, or in the wrong place: " << line << "\nin:\n"
+                   << text;
+        }
+        at = found + line.size();
+    }
+    return ::testing::AssertionSuccess();
+}
+
 /** A simulated server that listens, a process of its own; stopped with the object. */
 class RunningSim {
 public:

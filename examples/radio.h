@@ -1,0 +1,54 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2026 The vym authors */
+
+/* How an application begins and ends, for the examples that are about something else: see first_steps.c
+ * for what else the adapter can do. */
+#ifndef VYM_EXAMPLES_RADIO_H
+#define VYM_EXAMPLES_RADIO_H
+
+#include "scene.h"
+
+#include <vym/vym_bluetooth.h>
+#include <vym/vym_sdk.h>
+
+static int radio_powered;
+
+static void radio_state_changed(uint8_t state) {
+    note(&radio_powered, state == BT_STATE_ON);
+}
+
+static bluetooth_callback_t radio_callbacks = {.state_changed_cb = radio_state_changed};
+
+/* Connects to the server; the profiles' init functions come next. */
+static inline void radio_begin(const char* program, int argc, char** argv) {
+    if (argc != 2) {
+        fprintf(stderr, "usage: %s DIRECTORY   (where the server's vym_socket is)\n", program);
+        exit(2);
+    }
+    scene_begin(program, argv[1]);
+    if (vym_sdk_init_ex(argv[1]) < 0) {
+        give_up("no server answers on %s/vym_socket; start vym-sim --dir %s", argv[1], argv[1]);
+    }
+    vym_bluetooth_init(&radio_callbacks);
+}
+
+/* Once every profile listens. */
+static inline void radio_on(void) {
+    vym_bluetooth_enable();
+    await(&radio_powered, 1, "power on");
+}
+
+/* Before the profiles' done functions. */
+static inline void radio_off(void) {
+    vym_bluetooth_disable();
+    await(&radio_powered, 0, "power off");
+}
+
+/* After them. */
+static inline void radio_end(void) {
+    vym_bluetooth_done();
+    vym_sdk_done();
+    say("Done.");
+}
+
+#endif
