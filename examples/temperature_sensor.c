@@ -109,6 +109,10 @@ static void on_write(bt_bdaddr_t address, uint16_t connection, uint16_t transact
                      uint16_t offset, uint8_t need_response, uint8_t is_prepared, uint16_t length,
                      uint8_t* value) {
     (void)address;
+    /* First: a subscription counts from the response on. */
+    if (need_response) {
+        respond(connection, transaction, handle, offset, length, value);
+    }
     if (handle == sensor.configuration_handle) {
         say("   it %s", length > 0 && value[0] != 0 ? "subscribes" : "unsubscribes");
         note(&sensor.subscribed, length > 0 && value[0] != 0);
@@ -117,9 +121,6 @@ static void on_write(bt_bdaddr_t address, uint16_t connection, uint16_t transact
         sensor.name_length = (uint16_t)(offset + length);
         say("   it %s \"%.*s\"", is_prepared ? "prepares to call us" : "calls us", sensor.name_length,
             sensor.name);
-    }
-    if (need_response) {
-        respond(connection, transaction, handle, offset, length, value);
     }
 }
 

@@ -51,6 +51,18 @@ struct Pace {
     std::chrono::milliseconds hid_step{300};
     /// Between two reports of the host on the interrupt channel.
     std::chrono::milliseconds hid_interrupt{1000};
+    /// Between two advertisements of a Low Energy device.
+    std::chrono::milliseconds advertising_interval{500};
+    /// How long a Low Energy device that does not answer is tried.
+    std::chrono::milliseconds le_connect_timeout{5000};
+    /// Between two values that a peripheral notifies.
+    std::chrono::milliseconds notification_interval{1000};
+    /// From an advertised service until a central comes.
+    std::chrono::milliseconds central_approach{500};
+    /// Between two requests of a central.
+    std::chrono::milliseconds att_step{20};
+    /// How long a central waits for a response.
+    std::chrono::milliseconds att_timeout{30000};
 };
 
 /// The way to the client. While no client is connected, everything sent is dropped.

@@ -5,6 +5,7 @@
 #ifndef VYM_SIM_MODULES_H
 #define VYM_SIM_MODULES_H
 
+#include "low_energy.h"
 #include "media.h"
 #include "module.h"
 
@@ -26,6 +27,14 @@ std::unique_ptr<Module> make_avrcp_cover_art(Hub& hub, std::shared_ptr<Media> me
 std::unique_ptr<Module> make_phone_book(Hub& hub);
 std::unique_ptr<Module> make_serial(Hub& hub);
 std::unique_ptr<Module> make_hid_host(Hub& hub);
+std::unique_ptr<Module> make_gatt_client(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_gatt_discovery(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_gatt_access(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_scanning(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_batch_scan(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_advertising(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_gatt_services(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
+std::unique_ptr<Module> make_gatt_server(Hub& hub, std::shared_ptr<LowEnergy> low_energy);
 
 inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     std::vector<std::unique_ptr<Module>> modules;
@@ -44,6 +53,15 @@ inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     modules.push_back(make_phone_book(hub));
     modules.push_back(make_serial(hub));
     modules.push_back(make_hid_host(hub));
+    const auto low_energy = std::make_shared<LowEnergy>(hub);
+    modules.push_back(make_gatt_client(hub, low_energy));
+    modules.push_back(make_gatt_discovery(hub, low_energy));
+    modules.push_back(make_gatt_access(hub, low_energy));
+    modules.push_back(make_scanning(hub, low_energy));
+    modules.push_back(make_batch_scan(hub, low_energy));
+    modules.push_back(make_advertising(hub, low_energy));
+    modules.push_back(make_gatt_services(hub, low_energy));
+    modules.push_back(make_gatt_server(hub, low_energy));
     return modules;
 }
 

@@ -63,12 +63,11 @@ std::string to_string(const Address& address) {
 }
 
 Octets16 uuid_from_16bit(uint16_t uuid) {
-    // 0000xxxx-0000-1000-8000-00805F9B34FB, least significant byte first.
-    Octets16 octets{0xFB, 0x34, 0x9B, 0x5F, 0x80, 0x00, 0x00, 0x80,
-                    0x00, 0x10, 0x00, 0x00, 0,    0,    0x00, 0x00};
-    octets[12] = static_cast<uint8_t>(uuid & 0xFF);
-    octets[13] = static_cast<uint8_t>(uuid >> 8);
-    return octets;
+    // 0000xxxx-0000-1000-8000-00805F9B34FB
+    const auto high = static_cast<uint8_t>(uuid >> 8);
+    const auto low = static_cast<uint8_t>(uuid & 0xFF);
+    return {0x00, 0x00, high, low,  0x00, 0x00, 0x10, 0x00,
+            0x80, 0x00, 0x00, 0x80, 0x5F, 0x9B, 0x34, 0xFB};
 }
 
 std::string escape(std::string_view raw) {

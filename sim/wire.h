@@ -24,7 +24,8 @@ struct Address {
     bool operator!=(const Address& other) const { return octets != other.octets; }
 };
 
-/// Sixteen bytes in array order: a 128-bit UUID (least significant byte first) or out-of-band data.
+/// Sixteen bytes in array order: a 128-bit UUID (most significant byte first, as it is written) or
+/// out-of-band data.
 using Octets16 = std::array<uint8_t, 16>;
 
 /// A command whose fields cannot be read; the text says which one and why.
@@ -39,7 +40,7 @@ Address to_address(std::string_view text);
 /// An address as twelve upper-case digits, most significant byte first.
 std::string to_string(const Address& address);
 
-/// The UUID that a 16-bit UUID stands for, least significant byte first.
+/// The UUID that a 16-bit UUID stands for.
 Octets16 uuid_from_16bit(uint16_t uuid);
 
 /// Escapes 0x00, CR, LF and 0xDC, so that a block cannot end a command or an event.

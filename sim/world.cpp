@@ -67,6 +67,33 @@ Device heart_strap() {
     d.rssi = -74;
     d.manufacturer = manufacturer(0x0B);
     set_services(d, {0x180D, 0x180F, 0x180A});
+    d.peripheral = heart_rate_strap();
+    return d;
+}
+
+Device climate_sensor_device() {
+    Device d;
+    d.address = to_address("E2:43:6C:69:6D:61");
+    d.name = "Climate sensor";
+    d.type = kLowEnergy;
+    d.rssi = -81;
+    // Its flags do not say so: only a scan of advertisements finds it.
+    d.discoverable = false;
+    d.manufacturer = manufacturer(0x0B);
+    set_services(d, {0x181A});
+    d.peripheral = climate_sensor();
+    return d;
+}
+
+Device tablet() {
+    Device d;
+    d.address = to_address("D2:54:61:62:6C:74");
+    d.name = "Tablet";
+    d.type = kLowEnergy;
+    d.rssi = -49;
+    d.discoverable = false;
+    d.manufacturer = manufacturer(0x0C);
+    d.central = true;
     return d;
 }
 
@@ -161,8 +188,8 @@ World built_in_world() {
     a.oob_r192 = counting_from(0x30);
     a.oob_c256 = counting_from(0x50);
     a.oob_r256 = counting_from(0x70);
-    world.devices = {annas_phone(), kitchen_speaker(), heart_strap(), car_kit(),
-                     keyboard(),    gnss_receiver(),   laptop()};
+    world.devices = {annas_phone(),   kitchen_speaker(), heart_strap(),           car_kit(), keyboard(),
+                     gnss_receiver(), laptop(),          climate_sensor_device(), tablet()};
     world.bonded = {world.devices[3].address, world.devices[4].address, world.devices[6].address};
     world.phone = built_in_phone();
     return world;

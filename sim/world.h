@@ -5,6 +5,7 @@
 #ifndef VYM_SIM_WORLD_H
 #define VYM_SIM_WORLD_H
 
+#include "peripherals.h"
 #include "phone.h"
 #include "wire.h"
 
@@ -76,6 +77,12 @@ struct Device {
     bool dials_serial_servers = false;
     /// Whether it lets the client be its keyboard or mouse.
     bool is_hid_host = false;
+    /// What a Low Energy device offers to those who connect to it.
+    Peripheral peripheral;
+    /// Connects to services that the client advertises.
+    bool central = false;
+    /// How many GATT connections the link carries; it goes with the last one.
+    unsigned gatt_connections = 0;
     /// Set by the client for a later out-of-band pairing.
     Octets16 oob_c192{};
     Octets16 oob_r192{};

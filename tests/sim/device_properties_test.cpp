@@ -9,10 +9,11 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// The speaker's UUIDs 110B, 110E and 111E, least significant byte first, as they travel.
-const std::string kBase = "\xFB\x34\x9B\x5F\x80\xDC\xDD\xDC\xDD\x80\xDC\xDD\x10\xDC\xDD\xDC\xDD";
-const std::string kSpeakerUuids = kBase + "\x0B\x11\xDC\xDD\xDC\xDD" + kBase +
-                                  "\x0E\x11\xDC\xDD\xDC\xDD" + kBase + "\x1E\x11\xDC\xDD\xDC\xDD";
+// The speaker's UUIDs 110B, 110E and 111E as they travel.
+const std::string kZeros = "\xDC\xDD\xDC\xDD";
+const std::string kBase = kZeros + "\x10\xDC\xDD\x80" + kZeros + "\x80\x5F\x9B\x34\xFB";
+const std::string kSpeakerUuids =
+    kZeros + "\x11\x0B" + kBase + kZeros + "\x11\x0E" + kBase + kZeros + "\x11\x1E" + kBase;
 
 struct Case {
     std::string command;
@@ -71,16 +72,16 @@ TEST(SimDeviceProperties, ServicesAreTheUuidsRecord) {
 
 TEST(SimDeviceProperties, AServiceRecordIsFoundByItsUuidLastByteFirst) {
     expect_answers({
-        {"AT#BI1122334455660000110B00001000800000805F9B34FB\r\n",
-         "BC0011223344556601001B0310" + kBase + "\x0B\x11\xDC\xDD\xDC\xDD"},
-        {"AT#BI1122334455660000180D00001000800000805F9B34FB\r\n", "BC01112233445566000000"},
+        {"AT#BI112233445566FB349B5F80000080001000000B110000\r\n",
+         "BC0011223344556601001B0310" + kZeros + "\x11\x0B" + kBase},
+        {"AT#BI112233445566FB349B5F80000080001000000D180000\r\n", "BC01112233445566000000"},
     });
 }
 
 TEST(SimDeviceProperties, ServicesNeedTheRadio) {
     RunningSim sim;
     TestClient client = sim.client();
-    client.send("AT#BJ112233445566\r\nAT#BI1122334455660000110B00001000800000805F9B34FB\r\n");
+    client.send("AT#BJ112233445566\r\nAT#BI112233445566FB349B5F80000080001000000B110000\r\n");
     EXPECT_EQ(client.events(2), (Strings{"BC02112233445566000000", "BC02112233445566000000"}));
 }
 

@@ -13,8 +13,8 @@ using std::chrono::milliseconds;
 
 const std::string kReceiver = "2A474E535301";
 /// The serial port service, as commands and as events write it.
-const std::string kSerialPort = "0000110100001000800000805F9B34FB";
-const std::string kSerialPortInEvents = "FB349B5F800000800010000001110000";
+const std::string kSerialPort = "FB349B5F800000800010000001110000";
+const std::string kSerialPortInEvents = "0000110100001000800000805F9B34FB";
 /// Longest messages and credits of both directions, and that it is no server's connection.
 const std::string kAsClient = "03DE03DE101000";
 const std::string kAsServer = "03DE03DE101001";
@@ -85,7 +85,7 @@ TEST(SimSerial, WhatIsNotThereIsRefused) {
     // No such channel, no such service, no such device.
     EXPECT_EQ(sim.answers("SE" + kPhone + kSerialPort + "0C"),
               Strings{"SE01" + kPhone + "0C00000000" + "00000000000000"});
-    EXPECT_EQ(sim.answers("SE" + kPhone + "0000110200001000800000805F9B34FB00"),
+    EXPECT_EQ(sim.answers("SE" + kPhone + "FB349B5F80000080001000000211000000"),
               Strings{"SE01" + kPhone + "0000000000" + kRefused});
     EXPECT_EQ(sim.answers("SE" + kSpeaker + kSerialPort + "00"),
               Strings{"SE01" + kSpeaker + "0000000000" + kRefused});

@@ -101,7 +101,7 @@ TEST(SimWire, ARecordIsCutAtWhatItsLengthCanSay) {
 
 TEST(SimWire, SixteenBitUuidsStandOnTheBaseUuid) {
     EXPECT_EQ(sim::raw(sim::uuid_from_16bit(0x110A)),
-              "\xFB\x34\x9B\x5F\x80\x00\x00\x80\x00\x10\x00\x00\x0A\x11\x00\x00"s);
+              "\x00\x00\x11\x0A\x00\x00\x10\x00\x80\x00\x00\x80\x5F\x9B\x34\xFB"s);
 }
 
 TEST(SimWire, NumbersOfRecordsAreLittleEndian) {

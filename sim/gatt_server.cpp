@@ -1,0 +1,452 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// GATT server: who is registered, which services run, and the centrals that use them.
+#include "agenda.h"
+#include "central.h"
+#include "low_energy.h"
+#include "modules.h"
+
+#include <algorithm>
+
+namespace sim {
+namespace {
+
+/// ATT's header in front of a notified value.
+constexpr size_t kValueHeader = 3;
+
+class GattServer : public Module {
+public:
+    GattServer(Hub& hub, std::shared_ptr<LowEnergy> low_energy)
+        : Module(hub), low_energy_(std::move(low_energy)),
+          central_(hub, low_energy_->own_services(),
+                   {[this](uint8_t server_if) { return central_connection(server_if); },
+                    [this] { close_all_of_central(); }}),
+          approach_(hub.loop), agenda_(hub.loop) {
+        low_energy_->listen({{}, [this](bool) { invite(); }});
+    }
+
+    std::vector<Command> commands() override {
+        return {
+            row("JA", "register GATT server", &GattServer::add_server),
+            row("JC", "unregister GATT server", &GattServer::remove_server),
+            row("JD", "connect to central", &GattServer::connect),
+            row("JE", "disconnect from central", &GattServer::disconnect),
+            row("JJ", "start service", &GattServer::start),
+            row("JK", "stop service", &GattServer::stop),
+            row("JL", "delete service", &GattServer::remove),
+            row("JM", "send indication", &GattServer::indicate),
+            row("JN", "send notification", &GattServer::notify),
+            row("JO", "send response", &GattServer::respond),
+        };
+    }
+
+    void radio_off() override {
+        approach_.stop();
+        while (!attempts_.empty()) {
+            fail_attempt(attempts_.front().server_if, attempts_.front().address);
+        }
+    }
+
+    void link_down(const Address& address) override {
+        while (const ServerConnection* connection = connection_of(
+                   [&address](const ServerConnection& c) { return c.address == address; })) {
+            --world().find(address)->gatt_connections;
+            end(*connection);
+        }
+    }
+
+    void client_left() override {
+        while (!low_energy_->servers().empty()) {
+            remove_server(*low_energy_->servers().begin());
+        }
+    }
+
+private:
+    struct Attempt {
+        uint8_t server_if;
+        Address address;
+        uint64_t entry;
+    };
+
+    ServerTable& table() { return low_energy_->own_services(); }
+
+    // Registration.
+
+    void add_server(Fields& fields) {
+        const Octets16 uuid = fields.octets_reversed("UUID");
+        fields.end();
+        GattStatus status = kGattError;
+        uint8_t id = 0;
+        if (world().adapter.powered) {
+            id = low_energy_->add_server();
+            status = id == 0 ? kGattNoResources : kGattSuccess;
+        }
+        send(Event("JA", "server registered").byte(status, "status").byte(id, "server").octets(uuid));
+    }
+
+    void remove_server(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        fields.end();
+        if (!low_energy_->is_server(server_if)) {
+            hub().log.note("no GATT server " + std::to_string(server_if) + " is registered");
+            return;
+        }
+        remove_server(server_if);
+    }
+
+    void remove_server(uint8_t server_if) {
+        for (size_t i = attempts_.size(); i > 0; --i) {
+            if (attempts_[i - 1].server_if == server_if) {
+                take_attempt(server_if, attempts_[i - 1].address);
+            }
+        }
+        while (const ServerConnection* connection = connection_of(
+                   [server_if](const ServerConnection& c) { return c.server_if == server_if; })) {
+            close(*connection);
+        }
+        table().remove_server(server_if);
+        low_energy_->remove_server(server_if);
+    }
+
+    // Services.
+
+    void report_service(const char* tag, const char* name, GattStatus status, uint8_t server_if,
+                        uint16_t service) {
+        send(
+            Event(tag, name).byte(status, "status").byte(server_if, "server").word(service, "service"));
+    }
+
+    void start(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const uint16_t service = fields.word("service");
+        fields.byte("transport");
+        fields.end();
+        const GattStatus status =
+            world().adapter.powered ? table().start(server_if, service) : kGattError;
+        report_service("JG", "service started", status, server_if, service);
+        if (status != kGattSuccess) {
+            return;
+        }
+        if (Device* device = central_device(); device != nullptr && is_central_here()) {
+            connect_server(*device, server_if);
+            central_.explore(*table().find(server_if, service));
+        } else {
+            invite();
+        }
+    }
+
+    void stop(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const uint16_t service = fields.word("service");
+        fields.end();
+        const GattStatus status =
+            world().adapter.powered ? table().stop(server_if, service) : kGattError;
+        report_service("JH", "service stopped", status, server_if, service);
+        if (status == kGattSuccess) {
+            central_.service_stopped(*table().find(server_if, service));
+        }
+    }
+
+    void remove(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const uint16_t service = fields.word("service");
+        fields.end();
+        GattStatus status = kGattError;
+        const OwnService* own = table().find(server_if, service);
+        if (own != nullptr && world().adapter.powered) {
+            central_.service_stopped(*own);
+            status = table().remove(server_if, service);
+        }
+        report_service("JI", "service deleted", status, server_if, service);
+    }
+
+    // Connections.
+
+    template <typename Condition>
+    ServerConnection* connection_of(Condition condition) {
+        const auto it = std::find_if(connections_.begin(), connections_.end(), condition);
+        return it == connections_.end() ? nullptr : &*it;
+    }
+
+    Device* central_device() {
+        auto& devices = world().devices;
+        const auto it =
+            std::find_if(devices.begin(), devices.end(), [](const Device& d) { return d.central; });
+        return it == devices.end() ? nullptr : &*it;
+    }
+
+    bool is_central(const Address& address) {
+        const Device* device = world().find(address);
+        return device != nullptr && device->central;
+    }
+
+    bool is_central_here() {
+        return connection_of([this](const ServerConnection& c) { return is_central(c.address); }) !=
+               nullptr;
+    }
+
+    ServerConnection* central_connection(uint8_t server_if) {
+        return connection_of([this, server_if](const ServerConnection& c) {
+            return c.server_if == server_if && is_central(c.address);
+        });
+    }
+
+    bool has_started_service() {
+        return std::any_of(table().services().begin(), table().services().end(),
+                           [](const OwnService& own) { return own.started; });
+    }
+
+    /// There is something new for a central to come for.
+    void invite() {
+        const bool reason = low_energy_->is_inviting() && has_started_service() && !is_central_here() &&
+                            central_device() != nullptr;
+        if (reason) {
+            approach_.start(hub().pace.central_approach, [this] { central_comes(); });
+        } else {
+            approach_.stop();
+        }
+    }
+
+    void central_comes() {
+        // What is no longer so has stopped the approach, except for services.
+        for (const uint8_t server_if : low_energy_->servers()) {
+            const bool offers = std::any_of(
+                table().services().begin(), table().services().end(),
+                [server_if](const OwnService& o) { return o.started && o.server_if == server_if; });
+            if (offers) {
+                connect_and_explore(*central_device(), server_if);
+            }
+        }
+    }
+
+    uint16_t connect_server(Device& device, uint8_t server_if) {
+        if (const ServerConnection* there = connection_of([&](const ServerConnection& c) {
+                return c.server_if == server_if && c.address == device.address;
+            })) {
+            return there->id;
+        }
+        hold_link(hub(), device);
+        do {
+            ++last_connection_;
+        } while (last_connection_ == 0 || connection_of([this](const ServerConnection& c) {
+                                              return c.id == last_connection_;
+                                          }) != nullptr);
+        connections_.push_back({last_connection_, server_if, device.address, kLeastMtu});
+        report_connection(device.address, true, last_connection_, server_if);
+        return last_connection_;
+    }
+
+    void connect_and_explore(Device& device, uint8_t server_if) {
+        connect_server(device, server_if);
+        if (!device.central) {
+            return;
+        }
+        for (const OwnService& own : table().services()) {
+            if (own.started && own.server_if == server_if) {
+                central_.explore(own);
+            }
+        }
+    }
+
+    void report_connection(const Address& address, bool connected, uint16_t conn_id,
+                           uint8_t server_if) {
+        send(Event("JB", "central")
+                 .address(address)
+                 .byte(connected ? 1 : 0)
+                 .note(connected ? "connected" : "disconnected")
+                 .word(conn_id, "connection")
+                 .byte(server_if, "server"));
+    }
+
+    void connect(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const Address address = fields.address();
+        const bool direct = fields.byte("is direct") != 0;
+        fields.end();
+        const bool pending = find_attempt(server_if, address) != attempts_.end();
+        if (!low_energy_->is_server(server_if) || !world().adapter.powered) {
+            hub().log.note("refused: no such GATT server is registered, or the adapter is off");
+            report_connection(address, false, 0, server_if);
+        } else if (const ServerConnection* there = connection_of([&](const ServerConnection& c) {
+                       return c.server_if == server_if && c.address == address;
+                   })) {
+            report_connection(address, true, there->id, server_if);
+        } else if (pending) {
+            hub().log.note("this connection is being made already");
+        } else {
+            attempt(server_if, address, direct);
+        }
+    }
+
+    void attempt(uint8_t server_if, const Address& address, bool direct) {
+        const Device* device = world().find(address);
+        uint64_t entry = 0;
+        if (device != nullptr && device->type != kClassic) {
+            entry = agenda_.add(hub().pace.profile_connect, [this, server_if, address] {
+                take_attempt(server_if, address);
+                connect_and_explore(*world().find(address), server_if);
+            });
+        } else if (direct) {
+            hub().log.note(to_string(address) + " does not answer");
+            entry = agenda_.add(hub().pace.le_connect_timeout,
+                                [this, server_if, address] { fail_attempt(server_if, address); });
+        } else {
+            hub().log.note("waiting for " + to_string(address) + " to appear");
+        }
+        attempts_.push_back({server_if, address, entry});
+    }
+
+    std::vector<Attempt>::iterator find_attempt(uint8_t server_if, const Address& address) {
+        return std::find_if(attempts_.begin(), attempts_.end(), [&](const Attempt& a) {
+            return a.server_if == server_if && a.address == address;
+        });
+    }
+
+    /// False when it was not there.
+    bool take_attempt(uint8_t server_if, const Address& address) {
+        const auto it = find_attempt(server_if, address);
+        if (it == attempts_.end()) {
+            return false;
+        }
+        agenda_.cancel(it->entry);
+        attempts_.erase(it);
+        return true;
+    }
+
+    void fail_attempt(uint8_t server_if, Address address) {
+        take_attempt(server_if, address);
+        report_connection(address, false, 0, server_if);
+    }
+
+    void disconnect(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const Address address = fields.address();
+        const uint16_t conn_id = fields.word("connection");
+        fields.end();
+        if (take_attempt(server_if, address)) {
+            hub().log.note("the connection is no longer tried");
+            return;
+        }
+        const ServerConnection* connection = connection_of([&](const ServerConnection& c) {
+            return c.id == conn_id && c.server_if == server_if && c.address == address;
+        });
+        if (connection == nullptr) {
+            hub().log.note("server " + std::to_string(server_if) + " has no connection " +
+                           std::to_string(conn_id) + " to " + to_string(address));
+            return;
+        }
+        close(*connection);
+    }
+
+    void close(const ServerConnection& connection) {
+        Device& device = *world().find(connection.address);
+        end(connection);
+        release_link(hub(), device);
+    }
+
+    void close_all_of_central() {
+        while (const ServerConnection* connection =
+                   connection_of([this](const ServerConnection& c) { return is_central(c.address); })) {
+            close(*connection);
+        }
+    }
+
+    void end(const ServerConnection& connection) {
+        const ServerConnection gone = connection;
+        connections_.erase(connections_.begin() + (&connection - connections_.data()));
+        if (is_central(gone.address)) {
+            if (is_central_here()) {
+                central_.server_gone(gone.server_if);
+            } else {
+                central_.stop();
+            }
+        }
+        report_connection(gone.address, false, gone.id, gone.server_if);
+    }
+
+    // Values.
+
+    void indicate(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const uint16_t handle = fields.word("handle");
+        const uint16_t conn_id = fields.word("connection");
+        const bool confirm = fields.byte("confirm") != 0;
+        const std::string value = fields.block("value");
+        fields.end();
+        send_value(server_if, handle, conn_id, confirm, value);
+    }
+
+    void notify(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        const uint16_t handle = fields.word("handle");
+        const uint16_t conn_id = fields.word("connection");
+        const std::string value = fields.block("value");
+        fields.end();
+        send_value(server_if, handle, conn_id, false, value);
+    }
+
+    ServerConnection* own_connection(uint8_t server_if, uint16_t conn_id) {
+        return connection_of(
+            [&](const ServerConnection& c) { return c.id == conn_id && c.server_if == server_if; });
+    }
+
+    void send_value(uint8_t server_if, uint16_t handle, uint16_t conn_id, bool indication,
+                    const std::string& value) {
+        const ServerConnection* connection = own_connection(server_if, conn_id);
+        GattStatus status = kGattError;
+        if (connection == nullptr) {
+            hub().log.note("refused: the server has no such connection");
+        } else if (!is_central(connection->address) || !central_.is_subscribed(handle, indication)) {
+            hub().log.note(std::string("refused: ") + (indication ? "indications" : "notifications") +
+                           " of handle " + std::to_string(handle) + " are not subscribed to");
+        } else if (value.size() + kValueHeader > connection->mtu) {
+            hub().log.note("refused: the value is longer than " +
+                           std::to_string(connection->mtu - kValueHeader) + " bytes");
+            status = kInvalidLength;
+        } else {
+            central_.receive(handle, value, indication);
+            status = kGattSuccess;
+        }
+        send(Event("JN", "value sent").word(conn_id, "connection").byte(status, "status"));
+    }
+
+    void respond(Fields& fields) {
+        const uint8_t server_if = fields.byte("server");
+        Response response;
+        response.conn_id = fields.word("connection");
+        response.trans_id = fields.word("transaction");
+        response.status = fields.byte("status");
+        response.handle = fields.word("handle");
+        fields.word("offset");
+        fields.byte("authentication");
+        response.value = fields.block("value");
+        fields.end();
+        const bool awaited =
+            own_connection(server_if, response.conn_id) != nullptr && central_.respond(response);
+        if (!awaited) {
+            hub().log.note("nothing waits for a response to transaction " +
+                           std::to_string(response.trans_id));
+        }
+        send(Event("JJ", "response sent")
+                 .byte(awaited ? kGattSuccess : kGattError, "status")
+                 .word(response.handle, "handle"));
+    }
+
+    std::shared_ptr<LowEnergy> low_energy_;
+    Central central_;
+    /// Until the central comes.
+    Timer approach_;
+    Agenda agenda_;
+    std::vector<ServerConnection> connections_;
+    uint16_t last_connection_ = 0;
+    std::vector<Attempt> attempts_;
+};
+
+} // namespace
+
+std::unique_ptr<Module> make_gatt_server(Hub& hub, std::shared_ptr<LowEnergy> low_energy) {
+    return std::make_unique<GattServer>(hub, std::move(low_energy));
+}
+
+} // namespace sim

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// Scanning for Low Energy devices: what they advertise, again and again, past the filters.
+#include "low_energy.h"
+#include "modules.h"
+#include "scan_filters.h"
+#include "timer.h"
+
+#include <algorithm>
+
+namespace sim {
+namespace {
+
+enum DataType : uint8_t { kAdvertisement = 0, kScanResponse = 1 };
+
+enum FilterAction : uint32_t { kActionAdd = 0, kActionDelete = 1, kActionClear = 2 };
+
+class Scanning : public Module {
+public:
+    Scanning(Hub& hub, std::shared_ptr<LowEnergy> low_energy)
+        : Module(hub), low_energy_(std::move(low_energy)), timer_(hub.loop) {}
+
+    std::vector<Command> commands() override {
+        return {
+            row("KC", "scan", &Scanning::scan),
+            row("KXB", "scan parameters", &Scanning::parameters),
+            row("KXC", "add scan filter", &Scanning::add_filter),
+            row("KXD", "delete scan filter", &Scanning::delete_filter),
+            row("KXE", "add filter parameters", &Scanning::add_filter_parameters),
+            row("KXF", "clear filter parameters", &Scanning::clear_filter_parameters),
+            row("KXG", "delete filter parameters", &Scanning::delete_filter_parameters),
+            row("KXH", "clear scan filters", &Scanning::clear_filters),
+            row("KXI", "enable scan filters", &Scanning::enable_filters),
+        };
+    }
+
+    void radio_off() override { stop(); }
+
+    void client_left() override {
+        stop();
+        filters_.reset();
+    }
+
+private:
+    void scan(Fields& fields) {
+        const bool on = fields.byte("start") != 0;
+        fields.end();
+        if (!on) {
+            stop();
+        } else if (!world().adapter.powered) {
+            hub().log.note("no scan: the adapter is off");
+        } else if (!running_) {
+            running_ = true;
+            named_.clear();
+            wait();
+        }
+    }
+
+    void stop() {
+        running_ = false;
+        timer_.stop();
+    }
+
+    void wait() {
+        timer_.start(hub().pace.advertising_interval, [this] { listen(); });
+    }
+
+    void listen() {
+        for (const Device& device : world().devices) {
+            if (is_advertising(device) && filters_.pass(device)) {
+                report(device);
+            }
+        }
+        wait();
+    }
+
+    void report(const Device& device) {
+        report(device, kAdvertisement, advertisement_of(device));
+        report(device, kScanResponse, scan_response_of(device));
+        if (std::find(named_.begin(), named_.end(), device.address) == named_.end()) {
+            named_.push_back(device.address);
+            send(Event("KC", "device name")
+                     .address(device.address)
+                     .block(device.name)
+                     .note(device.name));
+        }
+    }
+
+    void report(const Device& device, DataType type, const std::string& data) {
+        send(Event("KB", type == kAdvertisement ? "advertisement" : "scan response")
+                 .address(device.address)
+                 .byte(static_cast<uint8_t>(device.rssi))
+                 .byte(type)
+                 .block(data)
+                 .note(hex_text(data)));
+    }
+
+    void parameters(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const uint16_t interval = fields.word("interval");
+        const uint16_t window = fields.word("window");
+        fields.end();
+        constexpr uint16_t kShortest = 4;
+        constexpr uint16_t kLongest = 0x4000;
+        const bool good = window >= kShortest && window <= interval && interval <= kLongest;
+        send(Event("KZN", "scan parameters set")
+                 .byte(client_if, "client")
+                 .byte(good ? permission(client_if) : kGattError, "status"));
+    }
+
+    /// Whether a client may ask for something of the radio.
+    GattStatus permission(uint8_t client_if) {
+        return world().adapter.powered && low_energy_->is_client(client_if) ? kGattSuccess : kGattError;
+    }
+
+    // Filters.
+
+    static ScanFilter filter_fields(Fields& fields) {
+        ScanFilter filter;
+        filter.kind = fields.word("filter type");
+        filter.index = fields.word("filter index");
+        filter.company = fields.word("company");
+        filter.company_mask = fields.word("company mask");
+        filter.uuid = fields.dword("UUID, low part");
+        filter.uuid |= static_cast<uint64_t>(fields.dword("UUID, high part")) << 32;
+        filter.uuid_mask = fields.dword("UUID mask, low part");
+        filter.uuid_mask |= static_cast<uint64_t>(fields.dword("UUID mask, high part")) << 32;
+        filter.address_type = fields.byte("address type");
+        filter.name = fields.block("name");
+        filter.address = fields.block("address");
+        filter.data = fields.block("data");
+        filter.mask = fields.block("mask");
+        fields.end();
+        return filter;
+    }
+
+    void send_filter(FilterAction action, uint8_t client_if, GattStatus status, uint16_t kind) {
+        send(Event("KZB", "scan filter")
+                 .dword(action, "action")
+                 .byte(client_if, "client")
+                 .byte(status, "status")
+                 .dword(kind, "type")
+                 .dword(static_cast<uint32_t>(filters_.space()), "space"));
+    }
+
+    void add_filter(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const ScanFilter filter = filter_fields(fields);
+        GattStatus status = permission(client_if);
+        if (const char* problem = filter.problem()) {
+            hub().log.note(std::string("no such filter: ") + problem);
+            status = kGattError;
+        }
+        if (status == kGattSuccess && !filters_.add(filter)) {
+            status = kGattNoResources;
+        }
+        send_filter(kActionAdd, client_if, status, filter.kind);
+    }
+
+    void delete_filter(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const ScanFilter filter = filter_fields(fields);
+        GattStatus status = permission(client_if);
+        if (status == kGattSuccess && !filters_.remove(filter)) {
+            status = kGattError;
+        }
+        send_filter(kActionDelete, client_if, status, filter.kind);
+    }
+
+    void clear_filters(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const uint16_t index = fields.word("filter index");
+        fields.end();
+        const GattStatus status = permission(client_if);
+        if (status == kGattSuccess) {
+            filters_.remove_index(index);
+        }
+        send_filter(kActionClear, client_if, status, kFilterAny);
+    }
+
+    void send_parameters(FilterAction action, uint8_t client_if, GattStatus status) {
+        send(Event("KZC", "filter parameters")
+                 .dword(action, "action")
+                 .byte(client_if, "client")
+                 .byte(status, "status")
+                 .dword(static_cast<uint32_t>(filters_.parameter_space()), "space"));
+    }
+
+    void add_filter_parameters(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const uint16_t index = fields.word("filter index");
+        fields.word("selected features");
+        fields.word("list logic");
+        ScanFilters::Parameters parameters;
+        parameters.all_kinds = fields.word("filter logic") != 0;
+        parameters.least_rssi = static_cast<int8_t>(fields.word("high RSSI"));
+        // What is left concerns devices that come and go.
+        for (const char* what : {"low RSSI", "delivery mode", "found time-out", "lost time-out",
+                                 "found count", "tracked entries"}) {
+            fields.word(what);
+        }
+        fields.end();
+        GattStatus status = permission(client_if);
+        if (status == kGattSuccess && !filters_.set_parameters(index, parameters)) {
+            status = kGattNoResources;
+        }
+        send_parameters(kActionAdd, client_if, status);
+    }
+
+    void clear_filter_parameters(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        fields.end();
+        const GattStatus status = permission(client_if);
+        if (status == kGattSuccess) {
+            filters_.clear_parameters();
+        }
+        send_parameters(kActionClear, client_if, status);
+    }
+
+    void delete_filter_parameters(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const uint16_t index = fields.word("filter index");
+        fields.end();
+        GattStatus status = permission(client_if);
+        if (status == kGattSuccess && !filters_.remove_parameters(index)) {
+            status = kGattError;
+        }
+        send_parameters(kActionDelete, client_if, status);
+    }
+
+    void enable_filters(Fields& fields) {
+        const uint8_t client_if = fields.byte("client");
+        const bool on = fields.byte("enable") != 0;
+        fields.end();
+        const GattStatus status = permission(client_if);
+        if (status == kGattSuccess) {
+            filters_.enable(on);
+        }
+        send(Event("KZD", "scan filters")
+                 .dword(on ? 1 : 0)
+                 .note(on ? "on" : "off")
+                 .byte(client_if, "client")
+                 .byte(status, "status"));
+    }
+
+    std::shared_ptr<LowEnergy> low_energy_;
+    Timer timer_;
+    bool running_ = false;
+    std::vector<Address> named_;
+    ScanFilters filters_;
+};
+
+} // namespace
+
+std::unique_ptr<Module> make_scanning(Hub& hub, std::shared_ptr<LowEnergy> low_energy) {
+    return std::make_unique<Scanning>(hub, std::move(low_energy));
+}
+
+} // namespace sim
