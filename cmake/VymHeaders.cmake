@@ -10,6 +10,7 @@ set(VYM_PRIVATE_HEADERS
     vym_event_table.h
     vym_field_reader.h
     vym_os.h
+    vym_rfcomm_ipc.h
     vym_thread.h
     vym_wire.h)
 # By pattern: what a profile's files share with each other.

@@ -141,6 +141,14 @@ ring_buffer_t* ring_buffer_create(int /*buf_size*/, int push_block, int pull_blo
     return &rb->common;
 }
 
+void ring_buffer_close(ring_buffer_t* obj) {
+    ring_buffer_impl_t* rb = impl_of(obj);
+    pthread_mutex_lock(&rb->mutex);
+    rb->avail = 0;
+    pthread_cond_signal(&rb->cond);
+    pthread_mutex_unlock(&rb->mutex);
+}
+
 void ring_buffer_free(ring_buffer_t* obj) {
     if (obj == nullptr) {
         return;

@@ -84,6 +84,12 @@ typedef struct tag_ring_buffer {
 ring_buffer_t* ring_buffer_create(int buf_size, int push_block, int pull_block);
 
 /**
+ * Ends a ring buffer's use: every thread that waits in push or pull, and every later one, gets 0. May
+ * be called twice; ring_buffer_free() still has to follow.
+ */
+void ring_buffer_close(ring_buffer_t* obj);
+
+/**
  * Releases a ring buffer; NULL is accepted. Threads that wait in push or pull return 0 before the
  * memory goes. No thread may enter an operation any more once this is called.
  */

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
-// A mutex and a condition that need no construction and no destruction, with annotations that clang
-// checks (-Wthread-safety): what a lock guards is written on the member.
+// A mutex that needs no construction and no destruction, with annotations that clang checks
+// (-Wthread-safety): what a lock guards is written on the member.
 #ifndef VYM_THREAD_H
 #define VYM_THREAD_H
 
+#include <features.h>
 #include <pthread.h>
+#include <time.h>
 
 #if defined(__clang__)
 #define VYM_THREAD_ANNOTATION(x) __attribute__((x))
@@ -36,19 +38,45 @@ private:
     pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
 };
 
-// What threads wait for while a mutex guards it; trivially destructible for the same reason. A wait may
-// end for nothing: wait in a loop on what is awaited.
+// Waiting for what another thread does under a mutex. A wait may end for nothing: look again.
 class condition {
 public:
     constexpr condition() = default;
     condition(const condition&) = delete;
     condition& operator=(const condition&) = delete;
 
-    void wait(mutex& held) VYM_REQUIRES(held) { pthread_cond_wait(&m_condition, &held.m_mutex); }
-    void notify_all() { pthread_cond_broadcast(&m_condition); }
+    // What until_after() counts on: monotonic where it can be waited on, because an embedded system
+    // sets its wall clock while it boots.
+#if defined(__GLIBC_PREREQ) && __GLIBC_PREREQ(2, 30)
+    static constexpr clockid_t kClock = CLOCK_MONOTONIC;
+#else
+    static constexpr clockid_t kClock = CLOCK_REALTIME;
+#endif
+
+    static timespec until_after(int seconds) {
+        timespec until = {};
+        clock_gettime(kClock, &until);
+        until.tv_sec += seconds;
+        return until;
+    }
+
+    void wait(mutex& held) VYM_REQUIRES(held) {
+        pthread_cond_wait(&m_cond, &held.m_mutex);
+    }
+    // Returns 0, or ETIMEDOUT once `until` has passed.
+    int wait_until(mutex& held, const timespec& until) VYM_REQUIRES(held) {
+#if defined(__GLIBC_PREREQ) && __GLIBC_PREREQ(2, 30)
+        return pthread_cond_clockwait(&m_cond, &held.m_mutex, kClock, &until);
+#else
+        return pthread_cond_timedwait(&m_cond, &held.m_mutex, &until);
+#endif
+    }
+    void notify_all() {
+        pthread_cond_broadcast(&m_cond);
+    }
 
 private:
-    pthread_cond_t m_condition = PTHREAD_COND_INITIALIZER;
+    pthread_cond_t m_cond = PTHREAD_COND_INITIALIZER;
 };
 
 class VYM_THREAD_ANNOTATION(scoped_lockable) lock_guard {

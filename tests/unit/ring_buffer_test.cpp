@@ -348,6 +348,24 @@ TEST(RingBuffer, FreeEndsEveryBlockedThread) {
     testing::internal::GetCapturedStdout();
 }
 
+TEST(RingBuffer, CloseEndsEveryBlockedThreadAndLeavesTheBufferToBeFreed) {
+    const auto rb = make_buffer(0, 1);
+    std::vector<std::future<bytes>> blocked;
+    blocked.reserve(3);
+    for (int i = 0; i < 3; ++i) {
+        blocked.push_back(in_background([&] { return pull(rb, 10); }));
+    }
+    wait_for_waiters(rb.get(), 3);
+    ring_buffer_close(rb.get());
+    for (auto& answer : blocked) {
+        EXPECT_EQ(result_of(answer), bytes{});
+    }
+    ring_buffer_close(rb.get());
+    EXPECT_EQ(push(rb, {1}), 0);
+    EXPECT_EQ(pull(rb, 1), bytes{});
+    EXPECT_EQ(avail(rb), 0);
+}
+
 /// Takes everything that comes until `total` bytes are there.
 bytes drain(const buffer_ptr& rb, size_t total) {
     bytes out;
