@@ -110,8 +110,22 @@ public:
     uint16_t len = 0;
     uint8_t* data = nullptr;
 
-private:
+protected:
     alignas(uint64_t) uint8_t m_room[4096];
+};
+
+// A block behind its count, of which only a count of 0 has no data: one of which unescaping leaves
+// nothing has a pointer, though there is nothing to read.
+class counted_block : public unescaped_block {
+public:
+    explicit counted_block(field_reader& in) : counted_block(in, in.uint16()) {}
+
+private:
+    counted_block(field_reader& in, int count) : unescaped_block(in, count) {
+        if (whole && count > 0) {
+            data = m_room;
+        }
+    }
 };
 
 } // namespace vym

@@ -30,7 +30,7 @@ bool KB_parse(field_reader& in, callbacks* cbk) {
     const bt_bdaddr_t from = in.address();
     const uint8_t rssi = in.byte();
     const uint8_t data_type = in.byte();
-    unescaped_block data(in, in.uint16());
+    counted_block data(in);
     if (data.whole) {
         notify(cbk, &callbacks::scan_result_cb, from, rssi, data.len, data.data, data_type);
     }
@@ -39,7 +39,7 @@ bool KB_parse(field_reader& in, callbacks* cbk) {
 
 bool KC_parse(field_reader& in, callbacks* cbk) {
     const bt_bdaddr_t from = in.address();
-    unescaped_block name(in, in.uint16());
+    counted_block name(in);
     if (name.whole) {
         notify(cbk, &callbacks::scan_address_name_cb, from, name.len, name.data);
     }
@@ -55,7 +55,7 @@ bool KD_parse(field_reader& in, callbacks* cbk) {
     const uint16_t char_instance = in.uint16();
     const bt_uuid_t characteristic = in.uuid128();
     const uint8_t is_notify = in.byte();
-    unescaped_block data(in, in.uint16());
+    counted_block data(in);
     if (data.whole) {
         notify(cbk, &callbacks::notify_cb, conn_id, from, service_type, service_instance, service,
                char_instance, characteristic, is_notify, data.len, data.data);
@@ -72,7 +72,7 @@ bool KM_parse(field_reader& in, callbacks* cbk) {
     const uint16_t char_instance = in.uint16();
     const bt_uuid_t characteristic = in.uuid128();
     const uint8_t type = in.byte();
-    unescaped_block data(in, in.uint16());
+    counted_block data(in);
     if (data.whole) {
         notify(cbk, &callbacks::read_characteristic_cb, conn_id, status, service_type, service_instance,
                service, char_instance, characteristic, type, data.len, data.data);
@@ -91,7 +91,7 @@ bool KP_parse(field_reader& in, callbacks* cbk) {
     const uint16_t descr_instance = in.uint16();
     const bt_uuid_t descriptor = in.uuid128();
     const uint8_t type = in.byte();
-    unescaped_block data(in, in.uint16());
+    counted_block data(in);
     if (data.whole) {
         notify(cbk, &callbacks::read_descriptor_cb, conn_id, status, service_type, service_instance,
                service, char_instance, characteristic, descr_instance, descriptor, type, data.len,
@@ -103,7 +103,7 @@ bool KP_parse(field_reader& in, callbacks* cbk) {
 bool KS_parse(field_reader& in, callbacks* cbk) {
     const uint16_t conn_id = in.uint16();
     const bt_bdaddr_t from = in.address();
-    unescaped_block data(in, in.uint16());
+    counted_block data(in);
     if (data.whole) {
         notify(cbk, &callbacks::receive_data_from_central_cb, conn_id, from, data.len, data.data);
     }
@@ -115,7 +115,7 @@ bool KZL_parse(field_reader& in, callbacks* cbk) {
     const uint8_t status = in.byte();
     const int report_format = static_cast<int>(in.uint32());
     const int num_records = static_cast<int>(in.uint32());
-    unescaped_block reports(in, in.uint16());
+    counted_block reports(in);
     if (reports.whole) {
         notify(cbk, &callbacks::batch_scan_reports_cb, client_if, status, report_format, num_records,
                reports.len, reports.data);

@@ -23,18 +23,12 @@ bool JL_parse(field_reader& in, callbacks* cbk) {
     const uint16_t offset = in.uint16();
     const uint8_t need_rsp = in.byte();
     const uint8_t is_prep = in.byte();
-    const uint16_t count = in.uint16();
-    unescaped_block value(in, count);
-    if (!value.whole) {
-        return false;
+    counted_block value(in);
+    if (value.whole) {
+        notify(cbk, &callbacks::attribute_write_cb, address, conn_id, trans_id, attr_handle, offset,
+               need_rsp, is_prep, value.len, value.data);
     }
-    // Only an empty value is NULL. One of which unescaping leaves nothing is not, though there is
-    // nothing to read.
-    uint8_t nothing = 0;
-    uint8_t* const data = value.data == nullptr && count > 0 ? &nothing : value.data;
-    notify(cbk, &callbacks::attribute_write_cb, address, conn_id, trans_id, attr_handle, offset,
-           need_rsp, is_prep, value.len, data);
-    return true;
+    return value.whole;
 }
 
 constexpr event_row kEvents[] = {

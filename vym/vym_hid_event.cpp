@@ -21,7 +21,7 @@ std::atomic<hid_event_parser_t*> s_evt_parser;
 bool DE_parse(field_reader& in, callbacks* cbk) {
     const uint8_t type = in.byte();
     const uint8_t id = in.byte();
-    unescaped_block report(in, in.uint16());
+    counted_block report(in);
     if (report.whole) {
         notify(cbk, &callbacks::set_report_cb, type, id, report.len, report.data);
     }
@@ -31,7 +31,7 @@ bool DE_parse(field_reader& in, callbacks* cbk) {
 // DG: data on the interrupt channel.
 bool DG_parse(field_reader& in, callbacks* cbk) {
     const uint8_t report_id = in.byte();
-    unescaped_block report(in, in.uint16());
+    counted_block report(in);
     if (report.whole) {
         notify(cbk, &callbacks::intr_data_cb, report_id, report.len, report.data);
     }

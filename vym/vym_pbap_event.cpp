@@ -122,41 +122,25 @@ bool TD_parse(field_reader& in, callbacks* cbk) {
     return true;
 }
 
-// A counted block as these events hand it over: only an empty one has no data. One of which unescaping
-// leaves nothing has, though there is nothing to read.
-struct counted_data {
-    explicit counted_data(field_reader& in) : counted_data(in, in.uint16()) {}
-    uint8_t* data() { return block.data != nullptr || empty ? block.data : &nothing; }
-
-    unescaped_block block;
-
-private:
-    counted_data(field_reader& in, int wire_len) : block(in, wire_len), empty(wire_len == 0) {}
-
-    bool empty;
-    uint8_t nothing = 0;
-};
-
 // TR: raw vCard data.
 bool TR_parse(field_reader& in, callbacks* cbk) {
     const uint8_t type = in.byte();
-    counted_data raw(in);
-    if (raw.block.whole) {
-        notify(cbk, &callbacks::phonebook_rawdata_ind_cb, type, raw.block.len, raw.data());
+    counted_block raw(in);
+    if (raw.whole) {
+        notify(cbk, &callbacks::phonebook_rawdata_ind_cb, type, raw.len, raw.data);
     }
-    return raw.block.whole;
+    return raw.whole;
 }
 
 // TP: a piece of a photograph.
 bool TP_parse(field_reader& in, callbacks* cbk) {
     const uint8_t state = in.byte();
     const uint16_t index = in.uint16();
-    counted_data photo(in);
-    if (photo.block.whole) {
-        notify(cbk, &callbacks::phonebook_photodata_ind_cb, state, index, photo.block.len,
-               photo.data());
+    counted_block photo(in);
+    if (photo.whole) {
+        notify(cbk, &callbacks::phonebook_photodata_ind_cb, state, index, photo.len, photo.data);
     }
-    return photo.block.whole;
+    return photo.whole;
 }
 
 using body = bodies<callbacks>;

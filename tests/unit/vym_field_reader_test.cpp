@@ -11,6 +11,7 @@
 namespace {
 
 using support::Bytes;
+using vym::counted_block;
 using vym::field_reader;
 using vym::unescaped_block;
 
@@ -211,6 +212,34 @@ TEST(UnescapedBlock, IsNotWholeWhenTheTextEndsBeforeIt) {
         EXPECT_EQ(block.len, 0);
         EXPECT_EQ(in.pos(), 0);
     }
+}
+
+TEST(CountedBlock, HasNoDataOnlyWhenItsCountIsZero) {
+    const struct {
+        std::string text;
+        bool has_data;
+        std::string bytes;
+    } cases[] = {
+        {"0000abc", false, ""},
+        {"0003abc", true, "abc"},
+        {"0002" + Bytes({0xDC, 0xDD}), true, Bytes({0})},
+        {"0001" + Bytes({0xDC}), true, ""},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(support::Escaped(one.text));
+        const Text text(one.text);
+        field_reader in = text.At(0);
+        const counted_block block(in);
+        EXPECT_TRUE(block.whole);
+        EXPECT_EQ(block.data != nullptr, one.has_data);
+        ASSERT_EQ(block.len, one.bytes.size());
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(block.data), block.len), one.bytes);
+    }
+    const Text cut("0004abc");
+    field_reader in = cut.At(0);
+    const counted_block block(in);
+    EXPECT_FALSE(block.whole);
+    EXPECT_EQ(block.data, nullptr);
 }
 
 TEST(UnescapedBlock, HoldsTheLongestThatAReadCanBring) {

@@ -194,6 +194,7 @@ TEST_F(GattClientEventTable, TellsTheModuleWhatNoApplicationHears) {
     ExpectTold("KZK000000010502", "started 1 5 2");
     ExpectTold("KZL050600000001000000020003a\xDC\xDD", "reports 5 6 1 2 2 a\\0");
     ExpectTold("KZL050600000001000000020000", "reports 5 6 1 2 0 null");
+    ExpectTold("KZL050600000001000000020001\xDC", "reports 5 6 1 2 0 ");
     ExpectTold("KZM0A", "threshold 10");
     ExpectTold("KZN0B06", "scan params 11 6");
 }

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+
 namespace {
 
 struct Row {
@@ -97,8 +99,10 @@ TEST_F(HidEventTable, TellsTheModuleWhatTheHostAsksFor) {
     EXPECT_EQ(Offer("DE01AB0003abc", 13), "set_report(1, 171, 3, 616263)");
     EXPECT_EQ(Offer("DE01AB0005a\xDC\xDD\xDC\xDE", 15), "set_report(1, 171, 3, 61000D)");
     EXPECT_EQ(Offer("DE01AB0000", 10), "set_report(1, 171, 0, null)");
+    EXPECT_EQ(Offer("DE01AB0001\xDC", 11), "set_report(1, 171, 0, )");
     EXPECT_EQ(Offer("DFFE", 4), "set_protocol(254)");
     EXPECT_EQ(Offer("DG070002\xDC\xDC", 10), "intr_data(7, 1, DC)");
+    EXPECT_EQ(Offer("DG070001\xDC", 9), "intr_data(7, 0, )");
     EXPECT_EQ(Offer("DG070000", 8), "intr_data(7, 0, null)");
     EXPECT_EQ(Offer("DH", 2), "unplug()");
 }
@@ -142,8 +146,11 @@ TEST(HidEventParser, OfNullIsDestroyedInSilence) {
 }
 
 TEST(HidTables, TheApplicationHasTwoMembersAndTheEventsSeven) {
-    EXPECT_EQ(sizeof(hid_callback_t), 2 * sizeof(void (*)()));
-    EXPECT_EQ(sizeof(hid_impl_callback_t), 7 * sizeof(void (*)()));
+    constexpr size_t kSlot = sizeof(void (*)());
+    EXPECT_EQ(sizeof(hid_callback_t), 2 * kSlot);
+    EXPECT_EQ(offsetof(hid_callback_t, application_state_changed_cb), 0U);
+    EXPECT_EQ(offsetof(hid_callback_t, hid_connection_state_cb), kSlot);
+    EXPECT_EQ(sizeof(hid_impl_callback_t), 7 * kSlot);
 }
 
 } // namespace

@@ -147,6 +147,12 @@ TEST_F(GattClientEvents, ABlockWithABadEscapeNeverShowsOldMemory) {
     }
 }
 
+TEST_F(GattClientEvents, ABlockOfALoneEscapeIsEmptyButNotNull) {
+    for (const BlockCase& one : BlockCases()) {
+        ExpectDelivered(one.fields + "0001" + Bytes({0xDC}), {one.before + "0, " + one.after});
+    }
+}
+
 TEST_F(GattClientEvents, ABlockMayFillTheReceiveBuffer) {
     std::string digits;
     for (int i = 0; i < 4072; ++i) {
