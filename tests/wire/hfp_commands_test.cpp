@@ -180,4 +180,14 @@ TEST_F(HfpCommands, AfterDoneTheOldListStillAnswersAndInitEmptiesIt) {
     ExpectRefused(vym_hfp_terminate_call(kPhone, 2));
 }
 
+TEST_F(HfpCommands, AreDroppedWhileUnconnected) {
+    Session().Stop();
+    char number[] = "123";
+    EXPECT_EQ(vym_hfp_connect(kPhone), BT_STATUS_SUCCESS);
+    EXPECT_EQ(vym_hfp_dial(number), BT_STATUS_SUCCESS);
+    EXPECT_EQ(vym_hfp_dial(nullptr), BT_STATUS_FAIL);
+    EXPECT_EQ(vym_hfp_terminate_call(kPhone, 0), BT_STATUS_SUCCESS);
+    EXPECT_EQ(vym_hfp_terminate_call(kPhone, 1), BT_STATUS_FAIL);
+}
+
 } // namespace

@@ -7,7 +7,9 @@
 #include "vym_hfp_impl.h"
 #include "wire/hfp_profile.h"
 
+#include <atomic>
 #include <regex>
+#include <thread>
 
 namespace wire {
 
@@ -80,6 +82,7 @@ TEST_F(HfpEvents, AnIndicatorOfFfIsAnIndicator) {
     Event("HQ0015");
     Event("HIFF");
     ExpectQuery();
+    EXPECT_EQ(LinesMatching(kTime + "query_calls_start->start"), 2U);
 }
 
 TEST_F(HfpEvents, AnIndicatorThatIsTooShortDoesNotCount) {
@@ -98,6 +101,22 @@ TEST_F(HfpEvents, ANewConnectionClosesTheGateAgain) {
     Event("HJ00");
     ExpectNoQuery();
     Event("HK00");
+    ExpectQuery();
+}
+
+TEST_F(HfpEvents, InitAndDoneCloseTheGateAgain) {
+    ConnectWithCalls({});
+    wire::HfpProfile::Init(wire::Table::kWhole);
+    Event("HI01");
+    Event("HJ00");
+    ExpectNoQuery();
+    Event("HK00");
+    ExpectQuery();
+    vym_hfp_done(); // forgets the running query as well
+    wire::HfpProfile::Init(wire::Table::kWhole);
+    Event("HI01");
+    ExpectNoQuery();
+    Event("HX09");
     ExpectQuery();
 }
 
@@ -143,6 +162,28 @@ TEST_F(HfpEvents, InternalEventOneRefreshesTheListAndOthersDoNot) {
     EXPECT_EQ(vym_internal_event_send(2, 0, nullptr), 1);
     EXPECT_EQ(vym_internal_event_send(1, 1, &value), 1);
     ExpectQuery();
+    ExpectNoQuery();
+}
+
+TEST_F(HfpEvents, InternalEventOneIsDroppedWhileAQueryRuns) {
+    Event("HX09");
+    ExpectQuery();
+    EXPECT_EQ(vym_internal_event_send(1, 0, nullptr), 1);
+    EXPECT_TRUE(support::WaitUntil(
+        [this] { return LinesMatching(kTime + "query_calls_start->is querying, return") == 1; }));
+    ExpectNoQuery();
+}
+
+TEST_F(HfpEvents, InitialisedTwiceInternalEventOneAsksOnce) {
+    wire::HfpProfile::Init(wire::Table::kWhole);
+    EXPECT_EQ(vym_internal_event_send(1, 0, nullptr), 1);
+    ExpectQuery();
+    ExpectNoQuery();
+    EXPECT_EQ(LinesMatching(kTime + "query_calls_start->is querying, return"), 0U);
+}
+
+TEST_F(HfpEvents, NoInternalEventIsNone) {
+    internal_ev_process_callback(nullptr);
     ExpectNoQuery();
 }
 
@@ -239,6 +280,13 @@ TEST_F(HfpEvents, ANumberIsCutAtThirtyOneCharacters) {
     ExpectEntries({"call(1, 0, 0, 0, \"" + std::string(31, '9') + "\")"});
 }
 
+TEST_F(HfpEvents, TheReportOfACallsEndHasItsCutNumber) {
+    ConnectWithCalls({"HO01000000" + std::string(40, '7')});
+    Event("HA0000000003000001FFA1B2C3D4E5F6");
+    ExpectEntries({"call(1, 0, 7, 0, \"" + std::string(31, '7') + "\")",
+                   "connection_state(0, 3, 511, A1B2C3D4E5F6)"});
+}
+
 TEST_F(HfpEvents, IndicesWithoutASlotReachTheApplicationOnly) {
     ConnectWithCalls({"HO00000000000", "HO0B000000011", "HOFF000000255", "HO0A000000010"});
     EXPECT_EQ(current_call_num(), 1);
@@ -272,6 +320,46 @@ TEST_F(HfpEvents, InTheReportOfItsEndACallIsEndedAlready) {
     Server().ExpectCommand("AT#HJ0502\r\n");
 }
 
+TEST_F(HfpEvents, ANewCallCanBeAcceptedFromTheCompletionOnAndNotFromItsLine) {
+    static std::vector<bt_status_t> accepted;
+    accepted.clear();
+    ConnectWithCalls({});
+    Event("HI01");
+    ExpectQuery();
+    ProfileRecord().SetHook(
+        [](const std::string&) { accepted.push_back(vym_hfp_accept_call({}, CALL_ACCEPT_NONE)); });
+    Answer({"HO01010400111"});
+    ExpectEntries({"call(1, 1, 4, 0, \"111\")", "call_action_complete(21, 0)", "current_call_num(1)"});
+    EXPECT_EQ(accepted,
+              (std::vector<bt_status_t>{BT_STATUS_FAIL, BT_STATUS_SUCCESS, BT_STATUS_SUCCESS}));
+    Server().ExpectCommand("AT#HJ0700\r\nAT#HJ0700\r\n");
+}
+
+TEST_F(HfpEvents, CallsMayBeControlledWhileTheListChanges) {
+    std::atomic<bool> stop{false};
+    std::atomic<bool> sane{true};
+    std::thread controlling([&] {
+        while (!stop) {
+            // Neither has a call in a state that it would act on.
+            if (vym_hfp_terminate_call({}, 1) != BT_STATUS_FAIL ||
+                vym_hfp_reject_call({}) != BT_STATUS_FAIL || current_call_num() > 2) {
+                sane = false;
+            }
+            std::this_thread::yield();
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        Event("HX09");
+        Answer({"HO01000700111", "HO02000000222"});
+        Event("HA0000000003000001FFA1B2C3D4E5F6");
+    }
+    EXPECT_TRUE(Session().EventsAreHandled());
+    stop = true;
+    controlling.join();
+    EXPECT_TRUE(sane);
+    EXPECT_EQ(current_call_num(), 0);
+}
+
 TEST_F(HfpEvents, InitAndDonePrintTheirLines) {
     EXPECT_EQ(LinesMatching("api_cb_clear -- 326"), 1U);
     vym_hfp_done();
@@ -302,6 +390,29 @@ TEST_F(HfpEvents, ANumberThatMatchesNoCallEndsTheFirstThatDiffers) {
         LinesMatching(
             kTime + R"(clip_calls_update->CALL_STATE_TERMINATED number=\+49111, original number=222)"),
         1U);
+}
+
+TEST_F(HfpEvents, ANumberMatchesACallThatHasItWholeOrInPart) {
+    ConnectWithCalls({"HO010000004930123", "HO02000100"});
+    for (const char* number : {"4930123", "+4930123", "004930123#"}) {
+        std::string text = number;
+        EXPECT_EQ(clip_calls_update(reinterpret_cast<uint8_t*>(text.data())), 0) << number;
+    }
+    EXPECT_EQ(LinesMatching(kTime + R"(clip_calls_update number=\+4930123, original number=)"), 1U)
+        << "a call without a number matches any";
+    ExpectEntries({});
+    EXPECT_EQ(current_call_num(), 2);
+}
+
+TEST_F(HfpEvents, ANumberOfTheSameLengthMustBeTheSame) {
+    ConnectWithCalls({"HO01000000111"});
+    uint8_t shorter[] = "11";
+    EXPECT_EQ(clip_calls_update(shorter), 0);
+    uint8_t other[] = "112";
+    EXPECT_EQ(clip_calls_update(other), 1);
+    ExpectEntries({"call(1, 0, 7, 0, \"111\")", "call_action_complete(21, 0)"});
+    EXPECT_EQ(clip_calls_update(other), 0) << "no call is left";
+    EXPECT_EQ(current_call_num(), 0);
 }
 
 } // namespace
