@@ -74,7 +74,25 @@ const CommandCase kCommands[] = {
          return vym_gatt_client_scan_filter_add(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, s_value, 1, s_value, 1, 1,
                                                 s_value, 1, s_value);
      }},
+    {"scan_filter_delete",
+     [] {
+         return vym_gatt_client_scan_filter_delete(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, s_value, 1, s_value, 1,
+                                                   1, s_value, 1, s_value);
+     }},
+    {"scan_filter_param_add",
+     [] { return vym_gatt_client_scan_filter_param_add(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1); }},
+    {"scan_filter_param_clear_all", [] { return vym_gatt_client_scan_filter_param_clear_all(1); }},
+    {"scan_filter_param_delete", [] { return vym_gatt_client_scan_filter_param_delete(1, 1); }},
+    {"scan_filter_clear", [] { return vym_gatt_client_scan_filter_clear(1, 1); }},
+    {"scan_filter_enable", [] { return vym_gatt_client_scan_filter_enable(1, 1); }},
+    {"set_scan_parameters", [] { return vym_gatt_set_scan_parameters(1, 1, 1); }},
+    {"config_batch_scan_storage", [] { return vym_gatt_client_config_batch_scan_storage(1, 1, 1, 1); }},
+    {"start_batch_scan", [] { return vym_gatt_client_start_batch_scan(1, 1, 1, 1, 1, 1); }},
+    {"stop_batch_scan", [] { return vym_gatt_client_stop_batch_scan(1); }},
+    {"read_scan_reports", [] { return vym_gatt_client_read_scan_reports(1, 1); }},
+    {"disable_adv", [] { return vym_gatt_client_disable_adv(1); }},
     {"enable_adv", [] { return vym_gatt_client_enable_adv(1, 1, 1, 1, 1, 1, 1); }},
+    {"update_adv", [] { return vym_gatt_client_update_adv(1, 1, 1, 1, 1, 1, 1); }},
 };
 
 class GattClientWithoutMemory : public gattc::GattClientTest {};
