@@ -4,6 +4,7 @@
 #include "support/wait.h"
 
 #include <algorithm>
+#include <fstream>
 #include <thread>
 #include <utility>
 
@@ -27,6 +28,14 @@ bool WaitUntil(const std::function<bool()>& condition, Milliseconds limit) {
         std::this_thread::sleep_for(Milliseconds(2));
     }
     return true;
+}
+
+bool IsAsleep(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string stat;
+    std::getline(file, stat);
+    const size_t name_end = stat.rfind(')');
+    return name_end != std::string::npos && stat.substr(name_end + 1, 2) == " S";
 }
 
 void Recorder::Add(const std::string& entry) {

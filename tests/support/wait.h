@@ -11,6 +11,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace support {
@@ -23,6 +24,9 @@ Milliseconds TimeLimit();
 
 /** Waits until `condition` holds; false when `limit` passed first. The only place that naps. */
 bool WaitUntil(const std::function<bool()>& condition, Milliseconds limit = TimeLimit());
+
+/** Whether a thread of this process, by its kernel id, is waiting for something. */
+bool IsAsleep(pid_t thread);
 
 /** Strings that callbacks leave, in the order of their arrival; any thread may use it. */
 class Recorder {

@@ -5,8 +5,12 @@
 // or reversed field shows.
 
 #include "wire/avrcp_support.h"
+#include "wire/full_socket.h"
 
 #include "vym_avrcp_impl.h"
+
+#include <atomic>
+#include <thread>
 
 namespace {
 
@@ -98,6 +102,29 @@ TEST_F(AvrcpCommands, HeldKeysPrintALineAndOthersDoNot) {
     EXPECT_EQ(PrintedBy([] { return vym_avrcp_play(kDevice); }), "");
     EXPECT_EQ(PrintedBy([] { return vym_avrcp_next_group(kDevice); }), "");
     EXPECT_EQ(PrintedBy([] { return vym_avrcp_get_folder_list(kDevice, 0, 1); }), "");
+}
+
+// While nothing can be written, one line is there and the other is not.
+TEST_F(AvrcpCommands, FastForwardPrintsBeforeItsCommandAndRewindAfterIt) {
+    const std::string_view forward_command = "AT#RCA1B2C3D4E5F64900\r\n";
+    const std::string_view rewind_command = "AT#RCA1B2C3D4E5F64800\r\n";
+    const wire::FullSocket full(Server());
+    std::thread forward([] { vym_avrcp_fast_forward(kDevice, 1); });
+    EXPECT_TRUE(Output().WaitForOut("fast forward start ...."));
+    std::atomic<pid_t> id{0};
+    std::thread rewind([&id] {
+        id = wire::ThreadId();
+        vym_avrcp_rewind(kDevice, 1);
+    });
+    EXPECT_TRUE(support::WaitUntil([&id] { return id != 0 && support::IsAsleep(id); }));
+    EXPECT_EQ(Output().Out().find("rewind"), std::string::npos);
+    const std::string sent =
+        Server().ReceiveBytes(full.Left() + forward_command.size() + rewind_command.size());
+    EXPECT_NE(sent.find(forward_command), std::string::npos);
+    EXPECT_NE(sent.find(rewind_command), std::string::npos);
+    forward.join();
+    rewind.join();
+    EXPECT_NE(Output().Out().find("rewind start...\r\n"), std::string::npos);
 }
 
 TEST_F(AvrcpCommands, BrowsingCallsSendTheirNumbersInFixedWidth) {

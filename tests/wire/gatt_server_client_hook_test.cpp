@@ -4,14 +4,11 @@
 // The server's own client interface: asked for here, answered through the GATT client module.
 
 #include "vym_gatt_client.h"
-#include "vym_sdk.h"
+#include "wire/full_socket.h"
 #include "wire/gatt_server_profile.h"
 
 #include <atomic>
-#include <fstream>
-#include <sys/syscall.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -116,41 +113,21 @@ TEST_F(GattServerClientHook, AClientThatStartsAgainTakesTheServersEvents) {
     ExpectFrom("JP00010017", {});
 }
 
-// The kernel's view of a thread: "S" while it waits.
-bool IsWaiting(pid_t thread) {
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-    std::string stat;
-    std::getline(file, stat);
-    const size_t name_end = stat.rfind(')');
-    return name_end != std::string::npos && stat.substr(name_end + 1, 2) == " S";
-}
-
 TEST_F(GattServerClientHook, IsGoneBeforeItsCommandIsWritten) {
     Register(Told);
-    // More than the socket holds, so that whatever is written next has to wait.
-    constexpr size_t kFill = 2'000'000;
-    std::thread filler([] {
-        std::string bytes(kFill, 'x');
-        send_at_command(bytes.data(), 0);
-    });
+    const wire::FullSocket full(Server());
     std::atomic<pid_t> id{0};
-    std::thread unregistering;
-    if (Server().ReceiveBytes(1) == "x") {
-        unregistering = std::thread([&id] {
-            id = static_cast<pid_t>(syscall(SYS_gettid));
-            EXPECT_EQ(vym_gatt_server_unregister_client(7), BT_STATUS_SUCCESS);
-        });
-        EXPECT_TRUE(support::WaitUntil([&id] { return id != 0 && IsWaiting(id); }));
-        EXPECT_TRUE(support::WaitUntil([&id] { return IsWaiting(id); })); // and not by chance
-        ExpectFrom("KA0007" + kUuidDigits, {});
-    }
+    std::thread unregistering([&id] {
+        id = wire::ThreadId();
+        EXPECT_EQ(vym_gatt_server_unregister_client(7), BT_STATUS_SUCCESS);
+    });
+    EXPECT_TRUE(support::WaitUntil([&id] { return id != 0 && support::IsAsleep(id); }));
+    EXPECT_TRUE(support::WaitUntil([&id] { return support::IsAsleep(id); })); // and not by chance
+    ExpectFrom("KA0007" + kUuidDigits, {});
     const std::string command = "AT#KB07\r\n";
-    const std::string sent = Server().ReceiveBytes(kFill - 1 + command.size());
+    const std::string sent = Server().ReceiveBytes(full.Left() + command.size());
     EXPECT_NE(sent.find(command), std::string::npos);
-    filler.join();
-    if (unregistering.joinable()) {
-        unregistering.join();
-    }
+    unregistering.join();
 }
 
 class GattServerWithoutClient : public support::AdapterTest {};

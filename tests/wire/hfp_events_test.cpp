@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <regex>
+#include <sstream>
 #include <thread>
 
 namespace wire {
@@ -46,11 +47,13 @@ protected:
         }
         Event(completion);
     }
+    // How many lines of the output are like this and end with CR LF.
     size_t LinesMatching(const std::string& pattern) {
-        const std::regex expression(pattern);
+        const std::regex expression(pattern + "\r");
+        std::istringstream out(Output().Out());
         size_t count = 0;
-        for (const std::string& line : support::Lines(Output().Out())) {
-            count += std::regex_match(line, expression) ? 1U : 0U;
+        for (std::string line; std::getline(out, line);) {
+            count += !out.eof() && std::regex_match(line, expression) ? 1U : 0U;
         }
         return count;
     }
