@@ -8,7 +8,10 @@
 #include "support/limits.h"
 #include "support/output_capture.h"
 #include "support/text.h"
+#include "support/wait.h"
 
+#include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -547,6 +550,53 @@ TEST(BtUtilsDescriptor, NumberZeroIsMovedUp) {
 TEST(BtUtilsTime, IsHoursMinutesSecondsMicroseconds) {
     const std::string text = get_current_time_string();
     EXPECT_TRUE(support::Fits(text, "\\[[0-2][0-9]:[0-5][0-9]:[0-6][0-9]:[0-9]{1,6}\\]"));
+}
+
+TEST(BtUtilsTime, MicrosecondsAreNotPadded) {
+    const size_t padded = std::string("[00:00:00:000000]").size();
+    EXPECT_TRUE(support::WaitUntil([=] {
+        const std::string text = get_current_time_string();
+        return text.size() < padded && text[10] != '0';
+    })) << "a tenth of all times have fewer than six digits";
+}
+
+// Sets the time zone for as long as it lives.
+class TimeZone {
+public:
+    explicit TimeZone(const char* zone) {
+        const char* before = getenv("TZ");
+        had_one_ = before != nullptr;
+        before_ = had_one_ ? before : "";
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+    ~TimeZone() {
+        had_one_ ? setenv("TZ", before_.c_str(), 1) : unsetenv("TZ");
+        tzset();
+    }
+    TimeZone(const TimeZone&) = delete;
+    TimeZone& operator=(const TimeZone&) = delete;
+    TimeZone(TimeZone&&) = delete;
+    TimeZone& operator=(TimeZone&&) = delete;
+
+private:
+    bool had_one_;
+    std::string before_;
+};
+
+TEST(BtUtilsTime, IsThatOfTheTimeZone) {
+    const TimeZone zone("EAST-5:30");
+    const auto minute_of_day = [](time_t seconds) { return (seconds / 60 + 5 * 60 + 30) % (24 * 60); };
+    time_t before = 0;
+    time_t after = 0;
+    std::string text;
+    do { // once more when the minute has changed meanwhile
+        before = time(nullptr);
+        text = get_current_time_string();
+        after = time(nullptr);
+    } while (before / 60 != after / 60);
+    const int shown = std::stoi(text.substr(1, 2)) * 60 + std::stoi(text.substr(4, 2));
+    EXPECT_EQ(shown, minute_of_day(before)) << text;
 }
 
 TEST(BtUtilsTime, EachThreadHasItsOwnText) {

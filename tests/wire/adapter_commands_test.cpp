@@ -6,6 +6,8 @@
 
 #include "wire/adapter_support.h"
 
+#include <atomic>
+
 namespace {
 
 using wire::kDevice;
@@ -187,6 +189,23 @@ TEST_F(AclCancel, GoesByTheStateWhateverTheStatus) {
     ExpectRefused();
     Handle({"BI0900112233445502"});
     ExpectSent();
+}
+
+TEST_F(AclCancel, KnowsOfALinkBeforeTheCallbackHearsOfIt) {
+    std::atomic<int> when_up{-1};
+    std::atomic<int> when_down{-1};
+    Adapter().SetHook([&](const std::string& entry) {
+        if (entry == "acl_state_changed(0, 001122334455, 0)") {
+            when_up = vym_bluetooth_acl_cancel_connect(kDevice);
+        } else if (entry == "acl_state_changed(0, 001122334455, 1)") {
+            when_down = vym_bluetooth_acl_cancel_connect(kDevice);
+        }
+    });
+    Handle({"BI0000112233445500", "BI0000112233445501"});
+    Adapter().SetHook(nullptr);
+    EXPECT_EQ(when_up, BT_STATUS_FAIL);
+    EXPECT_EQ(when_down, BT_STATUS_SUCCESS);
+    Server().ExpectCommand("AT#BTDA1B2C3D4E5F6\r\n");
 }
 
 TEST_F(AclCancel, IsAllowedAgainOnceAnyDeviceHasGone) {

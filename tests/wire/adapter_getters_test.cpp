@@ -5,6 +5,7 @@
 
 #include "wire/adapter_support.h"
 
+#include <chrono>
 #include <cstring>
 
 namespace {
@@ -97,6 +98,13 @@ TEST_F(AdapterGetters, ADevicesLongUuidsAreReturnedAsACopy) {
 TEST_F(AdapterGetters, WithoutAnAnswerReturnTheOldNumberAfterASecond) {
     Cache(4, Number(0x240404));
     EXPECT_EQ(AskInVain(vym_bluetooth_get_class, "AT#BA04\r\n"), 0x240404);
+    ExpectOneTimeOut(4);
+}
+
+TEST_F(AdapterGetters, GiveTheAnswerAWholeSecond) {
+    const auto begin = std::chrono::steady_clock::now();
+    AskInVain(vym_bluetooth_get_class, "AT#BA04\r\n");
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
     ExpectOneTimeOut(4);
 }
 

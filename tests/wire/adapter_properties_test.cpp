@@ -6,6 +6,8 @@
 
 #include "wire/adapter_support.h"
 
+#include "vym_bluetooth_impl.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -72,6 +74,20 @@ TEST_F(AdapterRecords, FillOneFieldEach) {
     EXPECT_EQ(MostBonded(), 0x35353535);
     EXPECT_EQ(Priority(), 0x32);
     EXPECT_EQ(Manufacturer(), 0x33333333U);
+}
+
+uint32_t DiscoverableTimeout() {
+    vym::lock_guard held(vym::s_adapter.cache_lock);
+    return vym::s_adapter.discoverable_timeout;
+}
+
+TEST_F(AdapterRecords, OfTheDiscoverableTimeoutAreKeptThoughNoGetterReturnsThem) {
+    Cache(9, Number(0x09080706));
+    EXPECT_EQ(DiscoverableTimeout(), 0x09080706U);
+    Cache(9, "\x01\x02");
+    EXPECT_EQ(DiscoverableTimeout(), 0x09080201U);
+    Handle({DeviceProperties(kDevice, {Record(9, Number(0))})});
+    EXPECT_EQ(DiscoverableTimeout(), 0x09080201U);
 }
 
 TEST_F(AdapterRecords, OfOtherTypesFillNone) {

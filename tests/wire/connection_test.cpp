@@ -198,6 +198,24 @@ TEST_F(ConnectionStart, CommandsBeforeAnyStartAreDropped) {
     EXPECT_EQ(Output().Out(), "");
 }
 
+TEST_F(ConnectionStart, UnconnectedNoDescriptorIsAwaited) {
+    const support::SocketPair typed;
+    EXPECT_TRUE(support::WriteBytes(typed.Near(), "X"));
+    support::StandardInput standard_input;
+    standard_input.Replace(typed.Far());
+    EXPECT_EQ(recv_data_transport_fd(), 0);
+    standard_input.Restore();
+    EXPECT_EQ(support::ReadBytes(typed.Far(), 1), "X") << "standard input is not the server";
+    EXPECT_EQ(Output().Out(), "");
+}
+
+TEST_F(ConnectionStart, WithoutASocketTheReceiveThreadReturnsAtOnce) {
+    for (const intptr_t fd : {intptr_t{0}, intptr_t{-1}}) {
+        EXPECT_EQ(receive_message_proc(reinterpret_cast<void*>(fd)), nullptr);
+    }
+    EXPECT_EQ(Output().Out(), "");
+}
+
 TEST_F(ConnectionStart, AFailedStartCanBeTriedAgain) {
     const TempDir directory;
     EXPECT_EQ(Start(directory.Path()), -1);

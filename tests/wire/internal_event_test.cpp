@@ -9,6 +9,7 @@
 #include "support/probe_parser.h"
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 namespace {
@@ -63,6 +64,29 @@ TEST_F(InternalMessage, GoesBeforeTextThatIsReadyToo) {
     EXPECT_EQ(Send(8, "b"), 1);
     gate.Open();
     EXPECT_TRUE(Events().WaitForExactly({"XA(01)", "internal(7, a)", "internal(8, b)", "XA(02)"}));
+}
+
+TEST_F(InternalMessage, HoldsTheServersTextUpForHalfASecond) {
+    using std::chrono::steady_clock;
+    support::Gate gate;
+    steady_clock::time_point message;
+    std::atomic<steady_clock::duration> held_up{steady_clock::duration::max()};
+    Events().SetHook([&](const std::string& entry) {
+        if (entry == "XA(01)") {
+            EXPECT_TRUE(gate.Wait());
+        } else if (entry == "internal(7, a)") {
+            message = steady_clock::now();
+        } else {
+            held_up = steady_clock::now() - message;
+        }
+    });
+    Server().Send(Event("XA01"));
+    EXPECT_TRUE(Events().WaitForEntry("XA(01)"));
+    Server().Send(Event("XA02"));
+    EXPECT_EQ(Send(7, "a"), 1);
+    gate.Open();
+    EXPECT_TRUE(support::WaitUntil([&] { return held_up.load() != steady_clock::duration::max(); }));
+    EXPECT_GE(held_up.load(), std::chrono::milliseconds(500));
 }
 
 TEST_F(InternalMessage, DoesNotDisturbAKeptHalfEvent) {
