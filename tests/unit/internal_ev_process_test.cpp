@@ -244,6 +244,17 @@ TEST_F(InternalEvent, TheServersEndReadsAsZero) {
     EXPECT_EQ(read_all(closing.Far(), &byte, 1), 0);
 }
 
+TEST_F(InternalEvent, TheServersTextMayComeThroughAPipe) {
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    ASSERT_EQ(write(ends[1], "BE01", 4), 4);
+    std::array<char, 8> buffer{};
+    EXPECT_EQ(read_all(ends[0], buffer.data(), buffer.size()), 4);
+    EXPECT_EQ(std::string(buffer.data(), 4), "BE01");
+    close(ends[0]);
+    close(ends[1]);
+}
+
 TEST_F(InternalEvent, ADescriptorAbove1023CanBeWaitedOn) {
     const support::ManyDescriptors limit;
     const int high = fcntl(server_.Far(), F_DUPFD_CLOEXEC, 1500);

@@ -3,6 +3,8 @@
 
 #include "vym_debug.h"
 
+#include "support/limits.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
@@ -982,8 +984,9 @@ descriptor occupy_port() {
     return occupant;
 }
 
-/// The port, other than the parser's, on which this process listens; 0 when there is none.
-int other_listening_port() {
+/// The ports on which this process listens.
+std::vector<int> listening_ports() {
+    std::vector<int> ports;
     for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
         const int fd = std::stoi(entry.path().filename().string());
         int listening = 0;
@@ -992,11 +995,11 @@ int other_listening_port() {
         socklen_t room = sizeof(address);
         if (getsockopt(fd, SOL_SOCKET, SO_ACCEPTCONN, &listening, &size) == 0 && listening != 0 &&
             getsockname(fd, reinterpret_cast<sockaddr*>(&address), &room) == 0 &&
-            address.sin_family == AF_INET && ntohs(address.sin_port) != PARSER_PORT) {
-            return ntohs(address.sin_port);
+            address.sin_family == AF_INET) {
+            ports.push_back(ntohs(address.sin_port));
         }
     }
-    return 0;
+    return ports;
 }
 
 TEST_F(ExternalParser, APortThatIsTakenIsReportedAndListeningGoesOnAtAnother) {
@@ -1004,10 +1007,12 @@ TEST_F(ExternalParser, APortThatIsTakenIsReportedAndListeningGoesOnAtAnother) {
     stderr_pipe messages;
     listener_thread listener;
     EXPECT_TRUE(messages.prints("bind: Address already in use\n"));
-    int port = 0;
+    int port = PARSER_PORT;
     ASSERT_TRUE(becomes_true([&] {
-        port = other_listening_port();
-        return port != 0;
+        for (const int one : listening_ports()) {
+            port = one != PARSER_PORT ? one : port;
+        }
+        return port != PARSER_PORT;
     }));
     const descriptor client = attach(0, port);
     EXPECT_EQ(send_text("here"), 4);
@@ -1027,6 +1032,34 @@ TEST_F(ExternalParser, AListenerWhosePortIsTakenCanBeStopped) {
         }
         EXPECT_TRUE(listener.ends());
     }
+}
+
+TEST_F(ExternalParser, WithoutADescriptorForItsSocketAcceptFailsSilently) {
+    stderr_pipe messages;
+    {
+        const support::NoMoreDescriptors limit;
+        EXPECT_EQ(ext_parser_accept(PARSER_PORT), -1);
+    }
+    EXPECT_EQ(messages.rest(), "");
+}
+
+TEST_F(ExternalParser, AClientThatCannotBeAcceptedIsReported) {
+    stderr_pipe messages;
+    const descriptor client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    auto accepted = std::async(std::launch::async, [] { return ext_parser_accept(PARSER_PORT); });
+    ASSERT_TRUE(becomes_true([] { // under both its numbers: nothing more is opened before the client
+        const std::vector<int> ports = listening_ports();
+        return std::count(ports.begin(), ports.end(), PARSER_PORT) == 2;
+    }));
+    {
+        const support::NoMoreDescriptors limit;
+        const sockaddr_in address = parser_address();
+        EXPECT_EQ(connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)),
+                  0);
+        EXPECT_EQ(accepted.get(), -1);
+    }
+    EXPECT_EQ(messages.rest(), "accept: Too many open files\n");
+    ext_parser_detached();
 }
 
 TEST_F(ExternalParser, NothingIsPrintedInOrdinaryUse) {

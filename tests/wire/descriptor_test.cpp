@@ -285,6 +285,23 @@ TEST_F(Descriptor, AStrayOneBeforeAKeptHalfEventIsStillStray) {
     EXPECT_TRUE(stray.IsClosed());
 }
 
+TEST_F(Descriptor, OnesThatRideOnAHalfEventAreClosedAtTheEnd) {
+    PassWith("BE0", {"a"});
+    ASSERT_TRUE(Server().ClientHasRead());
+}
+
+TEST_F(Descriptor, OnesThatRideOnAHalfEventMayBeMoreThanAreKept) {
+    PassWith("BH", {"first"});
+    for (int i = 0; i < 16; ++i) {
+        PassWith("0", {"surplus"});
+    }
+    Server().Send(Event(""));
+    ExpectEntries({"bond_state_changed(0, 000000000000, 0)"});
+    Server().Send(Event(kAudio));
+    Pass("good");
+    ExpectEntries({"transport(1, good)"});
+}
+
 TEST_F(Descriptor, OneThatComesTooLateIsNotGivenToALaterEvent) {
     Server().Send(Event(kAudio));
     EXPECT_TRUE(Adapter().WaitForExactly({"transport(1, none)"}));
