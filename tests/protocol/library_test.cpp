@@ -38,7 +38,8 @@ std::vector<std::string> Described(const Profile& profile) {
 }
 
 template <typename Callbacks>
-std::vector<std::string> Built(event_parser_t* (*create)(Callbacks*), void (*destroy)(event_parser_t*)) {
+std::vector<std::string> Built(event_parser_t* (*create)(Callbacks*),
+                               void (*destroy)(event_parser_t*)) {
     std::vector<std::string> rows;
     Callbacks callbacks{};
     event_parser_t* parser = create(&callbacks);
@@ -60,7 +61,8 @@ TEST(ProtocolAndLibrary, HaveTheSameEventsInTheSameOrder) {
               Built(create_rfcomm_event_parser, destroy_rfcomm_event_parser));
     EXPECT_EQ(Described(protocol::kHfp), Built(create_hfp_event_parser, destroy_hfp_event_parser));
     EXPECT_EQ(Described(protocol::kA2dp), Built(create_a2dp_event_parser, destroy_a2dp_event_parser));
-    EXPECT_EQ(Described(protocol::kAvrcp), Built(create_avrcp_event_parser, destroy_avrcp_event_parser));
+    EXPECT_EQ(Described(protocol::kAvrcp),
+              Built(create_avrcp_event_parser, destroy_avrcp_event_parser));
     EXPECT_EQ(Described(protocol::kPbap), Built(create_pbap_event_parser, destroy_pbap_event_parser));
     EXPECT_EQ(Described(protocol::kGattClient),
               Built(create_gatt_client_event_parser, destroy_gatt_client_event_parser));
