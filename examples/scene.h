@@ -40,7 +40,7 @@ static inline void say(const char* format, ...) {
 }
 
 /* Ends the program with one line that says why. */
-static inline _Noreturn void give_up(const char* format, ...) {
+__attribute__((noreturn)) static inline void give_up(const char* format, ...) {
     va_list args;
     va_start(args, format);
     fprintf(stderr, "%s: ", scene.program);
