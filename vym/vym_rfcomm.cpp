@@ -36,7 +36,7 @@ void vym_rfcomm_init(rfcomm_callback_t* cbk) {
     vym_rfcomm_set_delegate(cbk);
     vym_profile_start(&s_rfcomm_event_parser, create_rfcomm_event_parser(vym_rfcomm_handlers()),
                       destroy_rfcomm_event_parser);
-    rfcomm_ipc_init_client(vym_rfcomm_take_message);
+    rfcomm_ipc_init_client(on_rfcomm_ipc_message);
 }
 
 void vym_rfcomm_done(void) {

@@ -50,7 +50,7 @@ int vym_rfcomm_add_connection(const vym_bluetooth_socket_t* values, uint8_t is_s
 // The first connection with this handle was disconnected.
 void vym_rfcomm_mark_disconnected(int handle);
 // A message from the data channel, for the last connection with its handle.
-void vym_rfcomm_take_message(rfcomm_msg_header_t* message);
+void on_rfcomm_ipc_message(rfcomm_msg_header_t* message);
 // The first connection made as a client to this device and channel; NULL when there is none.
 vym_bluetooth_socket_t* vym_rfcomm_find_client(bt_bdaddr_t address, uint8_t channel);
 

@@ -326,7 +326,7 @@ void vym_rfcomm_mark_disconnected(int handle) {
 
 // A handle above 0x7FFFFFFF is that number in the events and stays what it is here: such a connection
 // gets no data.
-void vym_rfcomm_take_message(rfcomm_msg_header_t* message) {
+void on_rfcomm_ipc_message(rfcomm_msg_header_t* message) {
     vym::lock_guard held(s_lists.lock);
     connection_t* last = nullptr;
     for (connection_t* one = s_lists.conn_list; one != nullptr; one = one->next) {
