@@ -7,6 +7,7 @@
 
 #include "support/adapter_record.h"
 #include "support/text.h"
+#include "unit/event_table.h"
 
 #include <gtest/gtest.h>
 
@@ -14,11 +15,9 @@
 
 namespace {
 
-struct Row {
-    const char* tag;
-    const char* name;
-    int minimum;
-};
+using unit::Logged;
+using unit::Row;
+using unit::Told;
 
 constexpr Row kRows[] = {
     {"RA", "onHandlePassthroughRsp", 4},
@@ -48,11 +47,6 @@ constexpr Row kRows[] = {
     {"RWG", "onGetImageResult", 14},
 };
 
-std::string& Told() {
-    static std::string told;
-    return told;
-}
-
 template <typename... Numbers>
 void Tell(const char* name, Numbers... numbers) {
     Told() += name;
@@ -81,35 +75,13 @@ avrcp_impl_callback_t* InnerTable() {
     return &table;
 }
 
-class AvrcpEventTable : public ::testing::Test {
-protected:
-    void SetUp() override {
-        Told().clear();
-        ASSERT_NE(parser_, nullptr);
-    }
-    void TearDown() override { destroy_avrcp_event_parser(parser_); }
+using AvrcpEventTableBase =
+    unit::EventTableTest<create_avrcp_event_parser, destroy_avrcp_event_parser, InnerTable>;
 
-    // Offers the event, and returns what came of it and where the framework goes on.
-    std::string Offer(const std::string& event, int expected_end) {
-        std::string text = support::Event(event);
-        Told().clear();
-        EXPECT_EQ(parser_->process_event(parser_, reinterpret_cast<uint8_t*>(text.data()), 0,
-                                         static_cast<int>(text.size())),
-                  expected_end);
-        return Told();
-    }
-
-    event_parser_t* parser_ = create_avrcp_event_parser(InnerTable());
-};
+class AvrcpEventTable : public AvrcpEventTableBase {};
 
 TEST_F(AvrcpEventTable, ListsEachTagWithItsNameAndMinimum) {
-    ASSERT_EQ(parser_->num_of_parsers, 25);
-    for (int i = 0; i < 25; ++i) {
-        const parser_t& entry = parser_->parser_list[i];
-        EXPECT_STREQ(entry.get_keyword(), kRows[i].tag);
-        EXPECT_STREQ(entry.get_tag(), kRows[i].name);
-        EXPECT_EQ(entry.get_min_expected_length(), kRows[i].minimum) << kRows[i].tag;
-    }
+    ExpectRows(kRows);
 }
 
 TEST_F(AvrcpEventTable, TellsTheModuleOfAnswersThatNoApplicationGets) {

@@ -7,6 +7,7 @@
 #include "vym_gatt_client_event.h"
 
 #include "support/text.h"
+#include "unit/event_table.h"
 
 #include <gtest/gtest.h>
 
@@ -16,11 +17,9 @@
 
 namespace {
 
-struct Row {
-    const char* tag;
-    const char* name;
-    int minimum;
-};
+using unit::Logged;
+using unit::Row;
+using unit::Told;
 
 constexpr Row kRows[] = {
     {"KA", "onClientRegistered", 36},
@@ -59,26 +58,10 @@ constexpr Row kRows[] = {
     {"KZN", "onScanParamSetupCompleted", 4},
 };
 
-std::string& Told() {
-    static std::string told;
-    return told;
-}
-
 template <typename... Numbers>
 void Tell(const char* name, Numbers... numbers) {
     Told() += name;
     ((Told() += " " + std::to_string(numbers)), ...);
-}
-
-std::string& Logged() {
-    static std::string logged;
-    return logged;
-}
-
-void KeepLog(const char* format, va_list args) {
-    char line[200];
-    vsnprintf(line, sizeof line, format, args);
-    Logged() += line;
 }
 
 gatt_client_impl_callback_t* InnerTable() {
@@ -132,35 +115,15 @@ gatt_client_impl_callback_t* InnerTable() {
     return &table;
 }
 
-class GattClientEventTable : public ::testing::Test {
+using GattClientEventTableBase =
+    unit::EventTableTest<create_gatt_client_event_parser, destroy_gatt_client_event_parser, InnerTable>;
+
+class GattClientEventTable : public GattClientEventTableBase {
 protected:
-    void SetUp() override {
-        Told().clear();
-        Logged().clear();
-        evt_log_set_sink(KeepLog);
-        ASSERT_NE(parser_, nullptr);
-    }
-    void TearDown() override {
-        evt_log_set_sink(nullptr);
-        destroy_gatt_client_event_parser(parser_);
-    }
-
-    // Offers bytes in a block of exactly their size.
-    int Offer(const std::string& bytes) {
-        Told().clear();
-        Logged().clear();
-        const std::unique_ptr<uint8_t[]> buffer(new uint8_t[bytes.size()]);
-        memcpy(buffer.get(), bytes.data(), bytes.size());
-        return parser_->process_event(parser_, buffer.get(), 0, static_cast<int>(bytes.size()));
-    }
-
     void ExpectTold(const std::string& event, const std::string& told) {
-        EXPECT_EQ(Offer(support::Event(event)), static_cast<int>(event.size())) << event;
-        EXPECT_EQ(Told(), told);
+        EXPECT_EQ(Offer(event, static_cast<int>(event.size())), told);
         EXPECT_EQ(Logged(), "") << event;
     }
-
-    event_parser_t* parser_ = create_gatt_client_event_parser(InnerTable());
 };
 
 const std::string kUuid = "00112233445566778899AABBCCDDEEFF";
@@ -171,13 +134,7 @@ const std::string kCharacteristic = "KI1234"
                                     kUuid + "0405" + kUuid;
 
 TEST_F(GattClientEventTable, ListsEachTagWithItsNameAndMinimum) {
-    ASSERT_EQ(parser_->num_of_parsers, 34);
-    for (int i = 0; i < 34; ++i) {
-        const parser_t& entry = parser_->parser_list[i];
-        EXPECT_STREQ(entry.get_keyword(), kRows[i].tag);
-        EXPECT_STREQ(entry.get_tag(), kRows[i].name);
-        EXPECT_EQ(entry.get_min_expected_length(), kRows[i].minimum) << kRows[i].tag;
-    }
+    ExpectRows(kRows);
 }
 
 TEST_F(GattClientEventTable, TellsTheModuleWhatNoApplicationHears) {
@@ -200,29 +157,29 @@ TEST_F(GattClientEventTable, TellsTheModuleWhatNoApplicationHears) {
 }
 
 TEST_F(GattClientEventTable, ReadsAllOfACharacteristicsPropertiesAndCountsTwoCharacters) {
-    EXPECT_EQ(Offer(support::Event(kCharacteristic + "12345678")), 90);
+    EXPECT_EQ(OfferBytes(support::Event(kCharacteristic + "12345678")), 90);
     EXPECT_EQ(Told(), "characteristic 4660 305419896");
     EXPECT_EQ(Logged(), "onGetCharacteristic: Still 6 characters not processed!!");
-    EXPECT_EQ(Offer(support::Event(kCharacteristic + "12345678abc")), 93);
+    EXPECT_EQ(OfferBytes(support::Event(kCharacteristic + "12345678abc")), 93);
     EXPECT_EQ(Logged(), "onGetCharacteristic: Still 9 characters not processed!!");
-    EXPECT_EQ(Offer(kCharacteristic + "12345678"), 84);
+    EXPECT_EQ(OfferBytes(kCharacteristic + "12345678"), 84);
     EXPECT_EQ(Told(), "characteristic 4660 305419896");
-    EXPECT_EQ(Offer(kCharacteristic + "1234567"), -1);
+    EXPECT_EQ(OfferBytes(kCharacteristic + "1234567"), -1);
     EXPECT_EQ(Told(), "");
 }
 
 TEST_F(GattClientEventTable, SaysWhatItSkipsOfOtherEventsToo) {
-    EXPECT_EQ(Offer(support::Event("KZM0Aabc")), 8);
+    EXPECT_EQ(OfferBytes(support::Event("KZM0Aabc")), 8);
     EXPECT_EQ(Logged(), "onBatchScanThresholdCrossed: Still 3 characters not processed!!");
 }
 
 TEST_F(GattClientEventTable, LooksAtNothingBehindTheNul) {
     const std::string next = support::Event("KZL050600000001000000020003abc");
-    EXPECT_EQ(Offer(support::Event("KZL050600000001000000020003ab") + next), 29);
+    EXPECT_EQ(OfferBytes(support::Event("KZL050600000001000000020003ab") + next), 29);
     EXPECT_EQ(Told(), "");
-    EXPECT_EQ(Offer(support::Event("KZL05060000000100000002FFFF") + next), 27);
+    EXPECT_EQ(OfferBytes(support::Event("KZL05060000000100000002FFFF") + next), 27);
     EXPECT_EQ(Told(), "");
-    EXPECT_EQ(Offer(support::Event("KZM0") + next), 4);
+    EXPECT_EQ(OfferBytes(support::Event("KZM0") + next), 4);
     EXPECT_EQ(Told(), "");
 }
 
@@ -236,7 +193,7 @@ TEST_F(GattClientEventTable, ConsumesWithoutATable) {
 
 TEST_F(GattClientEventTable, LeavesOtherTagsAlone) {
     for (const char* event : {"KU01", "KX01", "KZ", "KZO01", "K", "kA", " KZM0A"}) {
-        EXPECT_EQ(Offer(support::Event(event)), -1) << event;
+        EXPECT_EQ(OfferBytes(support::Event(event)), -1) << event;
     }
 }
 

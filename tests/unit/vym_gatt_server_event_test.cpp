@@ -7,16 +7,15 @@
 
 #include "support/record_text.h"
 #include "support/text.h"
+#include "unit/event_table.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-struct Row {
-    const char* tag;
-    const char* name;
-    int minimum;
-};
+using unit::Logged;
+using unit::Row;
+using unit::Told;
 
 constexpr Row kRows[] = {
     {"JA", "onServerRegistered", 36},    {"JB", "onClientConnected", 20},
@@ -28,11 +27,6 @@ constexpr Row kRows[] = {
     {"JM", "onExecuteWrite", 22},        {"JN", "onNotificationSent", 6},
     {"JO", "onServerCongestion", 6},     {"JP", "onMtuChanged", 8},
 };
-
-std::string& Told() {
-    static std::string told;
-    return told;
-}
 
 gatt_server_impl_callback_t* InnerTable() {
     static gatt_server_impl_callback_t table{};
@@ -49,35 +43,13 @@ gatt_server_impl_callback_t* InnerTable() {
     return &table;
 }
 
-class GattServerEventTable : public ::testing::Test {
-protected:
-    void SetUp() override {
-        Told().clear();
-        ASSERT_NE(parser_, nullptr);
-    }
-    void TearDown() override { destroy_gatt_server_event_parser(parser_); }
+using GattServerEventTableBase =
+    unit::EventTableTest<create_gatt_server_event_parser, destroy_gatt_server_event_parser, InnerTable>;
 
-    // Offers the event, and returns what came of it and where the framework goes on.
-    std::string Offer(const std::string& event, int expected_end) {
-        std::string text = support::Event(event);
-        Told().clear();
-        EXPECT_EQ(parser_->process_event(parser_, reinterpret_cast<uint8_t*>(text.data()), 0,
-                                         static_cast<int>(text.size())),
-                  expected_end);
-        return Told();
-    }
-
-    event_parser_t* parser_ = create_gatt_server_event_parser(InnerTable());
-};
+class GattServerEventTable : public GattServerEventTableBase {};
 
 TEST_F(GattServerEventTable, ListsEachTagWithItsNameAndMinimum) {
-    ASSERT_EQ(parser_->num_of_parsers, 16);
-    for (int i = 0; i < 16; ++i) {
-        const parser_t& entry = parser_->parser_list[i];
-        EXPECT_STREQ(entry.get_keyword(), kRows[i].tag);
-        EXPECT_STREQ(entry.get_tag(), kRows[i].name);
-        EXPECT_EQ(entry.get_min_expected_length(), kRows[i].minimum) << kRows[i].tag;
-    }
+    ExpectRows(kRows);
 }
 
 TEST_F(GattServerEventTable, TellsTheModuleOfCongestion) {

@@ -7,6 +7,7 @@
 
 #include "support/record_text.h"
 #include "support/text.h"
+#include "unit/event_table.h"
 
 #include <gtest/gtest.h>
 
@@ -17,13 +18,11 @@
 
 namespace {
 
-constexpr size_t kSlot = sizeof(void (*)());
+using unit::Logged;
+using unit::Row;
+using unit::Told;
 
-struct Row {
-    const char* tag;
-    const char* name;
-    int minimum;
-};
+constexpr size_t kSlot = sizeof(void (*)());
 
 constexpr Row kRows[] = {
     {"HA", "onConnectionState", 30},
@@ -53,22 +52,6 @@ constexpr Row kRows[] = {
     {"HZ", "onHfpIosAplsiri", 2},
 };
 
-std::string& Told() {
-    static std::string told;
-    return told;
-}
-
-std::string& Logged() {
-    static std::string logged;
-    return logged;
-}
-
-void KeepLog(const char* format, va_list args) {
-    char line[200];
-    vsnprintf(line, sizeof line, format, args);
-    Logged() += line;
-}
-
 hfp_impl_callback_t* InnerTable() {
     static hfp_impl_callback_t table{};
     table.call_cb = [](uint8_t call) { Told() += support::CallText("call", call); };
@@ -86,47 +69,23 @@ hfp_impl_callback_t* InnerTable() {
     return &table;
 }
 
-class HfpEventTable : public ::testing::Test {
-protected:
-    void SetUp() override {
-        Told().clear();
-        evt_log_set_sink(KeepLog);
-        ASSERT_NE(parser_, nullptr);
-    }
-    void TearDown() override {
-        evt_log_set_sink(nullptr);
-        destroy_hfp_event_parser(parser_);
-    }
+using HfpEventTableBase =
+    unit::EventTableTest<create_hfp_event_parser, destroy_hfp_event_parser, InnerTable>;
 
-    // Offers bytes, and returns what came of them and where the framework goes on.
-    std::string OfferBytes(std::string bytes, int expected_end) {
-        Told().clear();
-        Logged().clear();
-        EXPECT_EQ(parser_->process_event(parser_, reinterpret_cast<uint8_t*>(bytes.data()), 0,
-                                         static_cast<int>(bytes.size())),
-                  expected_end);
-        return Told();
-    }
+class HfpEventTable : public HfpEventTableBase {
+protected:
     std::string Offer(const std::string& event) {
-        return OfferBytes(support::Event(event), static_cast<int>(event.size()));
+        return HfpEventTableBase::Offer(event, static_cast<int>(event.size()));
     }
 
     // Where the decoder of a row says that its fields end, of a text that begins behind the tag.
     int Parse(int row, std::string text) {
         return parser_->parser_list[row].parse(reinterpret_cast<uint8_t*>(text.data()), 0);
     }
-
-    event_parser_t* parser_ = create_hfp_event_parser(InnerTable());
 };
 
 TEST_F(HfpEventTable, ListsEachTagWithItsNameAndMinimum) {
-    ASSERT_EQ(parser_->num_of_parsers, 25);
-    for (int i = 0; i < 25; ++i) {
-        const parser_t& entry = parser_->parser_list[i];
-        EXPECT_STREQ(entry.get_keyword(), kRows[i].tag);
-        EXPECT_STREQ(entry.get_tag(), kRows[i].name);
-        EXPECT_EQ(entry.get_min_expected_length(), kRows[i].minimum) << kRows[i].tag;
-    }
+    ExpectRows(kRows);
 }
 
 TEST_F(HfpEventTable, TellsTheModuleOfCallsAndIndicators) {
@@ -162,13 +121,13 @@ TEST_F(HfpEventTable, ReadsAStateOfThePhoneWithoutMovingOn) {
 TEST_F(HfpEventTable, SaysWhyAnEventThatIsTooShortIsDropped) {
     EXPECT_EQ(Offer("HP01000"), "");
     EXPECT_EQ(Logged(), "onVolumeChange: Invalid parameters!\n");
-    EXPECT_EQ(OfferBytes("HI0", -1), "");
+    EXPECT_EQ(OfferBytes("HI0"), -1);
     EXPECT_EQ(Logged(), "onCall: Not enough information!\n");
 }
 
 TEST_F(HfpEventTable, LeavesOtherTagsAlone) {
     for (const char* event : {"HY01", "H", "hI01", " HI01"}) {
-        EXPECT_EQ(OfferBytes(support::Event(event), -1), "") << event;
+        EXPECT_EQ(OfferBytes(support::Event(event)), -1) << event;
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include "support/record_text.h"
 #include "support/text.h"
+#include "unit/event_table.h"
 
 #include <gtest/gtest.h>
 
@@ -15,11 +16,9 @@
 
 namespace {
 
-struct Row {
-    const char* tag;
-    const char* name;
-    int minimum;
-};
+using unit::Logged;
+using unit::Row;
+using unit::Told;
 
 constexpr Row kRows[] = {
     {"DA", "onApplicationStateChanged", 20},
@@ -30,11 +29,6 @@ constexpr Row kRows[] = {
     {"DG", "onIntrData", 6},
     {"DH", "onVirCableUnplug", 0},
 };
-
-std::string& Told() {
-    static std::string told;
-    return told;
-}
 
 template <class... Values>
 void Tell(const char* name, const Values&... values) {
@@ -58,35 +52,13 @@ hid_impl_callback_t* InnerTable() {
     return &table;
 }
 
-class HidEventTable : public ::testing::Test {
-protected:
-    void SetUp() override {
-        Told().clear();
-        ASSERT_NE(parser_, nullptr);
-    }
-    void TearDown() override { destroy_hid_event_parser(parser_); }
+using HidEventTableBase =
+    unit::EventTableTest<create_hid_event_parser, destroy_hid_event_parser, InnerTable>;
 
-    // Offers the event, and returns what came of it and where the framework goes on.
-    std::string Offer(const std::string& event, int expected_end) {
-        std::string text = support::Event(event);
-        Told().clear();
-        EXPECT_EQ(parser_->process_event(parser_, reinterpret_cast<uint8_t*>(text.data()), 0,
-                                         static_cast<int>(text.size())),
-                  expected_end);
-        return Told();
-    }
-
-    event_parser_t* parser_ = create_hid_event_parser(InnerTable());
-};
+class HidEventTable : public HidEventTableBase {};
 
 TEST_F(HidEventTable, ListsEachTagWithItsNameAndMinimum) {
-    ASSERT_EQ(parser_->num_of_parsers, 7);
-    for (int i = 0; i < 7; ++i) {
-        const parser_t& entry = parser_->parser_list[i];
-        EXPECT_STREQ(entry.get_keyword(), kRows[i].tag);
-        EXPECT_STREQ(entry.get_tag(), kRows[i].name);
-        EXPECT_EQ(entry.get_min_expected_length(), kRows[i].minimum) << kRows[i].tag;
-    }
+    ExpectRows(kRows);
 }
 
 TEST_F(HidEventTable, TellsTheModuleOfStates) {
