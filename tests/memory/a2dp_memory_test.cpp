@@ -3,19 +3,15 @@
 
 // Music without memory: nothing is sent, and events arrive all the same.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "wire/a2dp_profile.h"
 
 #include "vym_a2dp_event.h"
 
 namespace {
 
+using memory::CommandCase;
 using memory::FailingAllocations;
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-};
 
 const CommandCase kCommands[] = {
     {"connect", [] { return vym_a2dp_connect({}); }},
@@ -28,16 +24,7 @@ const CommandCase kCommands[] = {
 class A2dpWithoutMemory : public wire::ProfileConformance<wire::A2dpProfile> {};
 
 TEST_F(A2dpWithoutMemory, CommandsAreNotSentAndSaySo) {
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), BT_STATUS_NOMEM) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 TEST_F(A2dpWithoutMemory, EventsArrive) {
@@ -48,12 +35,7 @@ TEST_F(A2dpWithoutMemory, EventsArrive) {
 }
 
 TEST_F(A2dpWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        a2dp_callback_t table{};
-        EXPECT_EQ(create_a2dp_event_parser(&table), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_a2dp_event_parser);
 }
 
 TEST_F(A2dpWithoutMemory, InitMayFailAndBeRepeated) {

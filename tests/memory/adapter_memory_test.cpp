@@ -3,13 +3,14 @@
 
 // The adapter without memory: nothing is sent, nothing is lost, no lock stays taken.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "wire/adapter_bonded_support.h"
 
 #include "vym_bluetooth_event.h"
 
 namespace {
 
+using memory::CommandCase;
 using memory::FailingAllocations;
 using wire::AdapterProperties;
 using wire::DeviceProperties;
@@ -19,11 +20,6 @@ using wire::kDevice;
 using wire::Number;
 using wire::Record;
 using Texts = std::vector<std::string>;
-
-struct CommandCase {
-    const char* name;
-    int (*call)();
-};
 
 uint8_t s_value[] = {'v'};
 
@@ -209,12 +205,7 @@ TEST_F(AdapterWithoutMemory, AListThatCannotGrowKeepsWhatItHas) {
 }
 
 TEST_F(AdapterWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        bluetooth_impl_callback_t handlers{};
-        EXPECT_EQ(create_bluetooth_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_bluetooth_event_parser);
 }
 
 // Whichever allocation of init fails: nothing breaks, and the next pair of done and init mends it.

@@ -4,7 +4,7 @@
 // The remote control without memory: nothing is sent, some calls say so and some never do, and lists
 // arrive whole, for their entries need none.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "wire/avrcp_support.h"
 
 #include "vym_avrcp_event.h"
@@ -12,13 +12,8 @@
 namespace {
 
 using avrcp::kDevice;
+using memory::CommandCase;
 using memory::FailingAllocations;
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-    bt_status_t without_memory;
-};
 
 uint8_t s_block[] = {'b'};
 AVRCP_IDPairStru s_pair = {1, 2};
@@ -70,16 +65,7 @@ const CommandCase kCommands[] = {
 class AvrcpWithoutMemory : public avrcp::AvrcpWireTest {};
 
 TEST_F(AvrcpWithoutMemory, CommandsAreNotSentAndSomeSaySo) {
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), one.without_memory) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 TEST_F(AvrcpWithoutMemory, AKeyThatCannotBePressedIsReleased) {
@@ -109,12 +95,7 @@ TEST_F(AvrcpWithoutMemory, EventsArriveWhole) {
 }
 
 TEST_F(AvrcpWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        avrcp_impl_callback_t handlers{};
-        EXPECT_EQ(create_avrcp_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_avrcp_event_parser);
 }
 
 TEST_F(AvrcpWithoutMemory, InitMayFailAndBeRepeated) {

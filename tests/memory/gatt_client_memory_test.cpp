@@ -4,7 +4,7 @@
 // The GATT client without memory: nothing is sent, nobody waits for what was not sent, and events
 // arrive all the same, for their blocks need none.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "vym_gatt_client_event.h"
 #include "vym_gatt_client_impl.h"
 #include "wire/gatt_client_profile.h"
@@ -12,16 +12,12 @@
 namespace {
 
 using gattc::kPeer;
+using memory::CommandCase;
 using memory::FailingAllocations;
 
 constexpr bt_uuid_t kUuid = {};
 
 uint8_t s_value[] = {'v'};
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-};
 
 const CommandCase kCommands[] = {
     {"register_client_for_server",
@@ -98,16 +94,7 @@ const CommandCase kCommands[] = {
 class GattClientWithoutMemory : public gattc::GattClientTest {};
 
 TEST_F(GattClientWithoutMemory, CommandsAreNotSentAndSaySo) {
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), BT_STATUS_NOMEM) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 TEST_F(GattClientWithoutMemory, NobodyWaitsForARegistrationThatWasNotSent) {
@@ -167,12 +154,7 @@ TEST_F(GattClientWithoutMemory, ADisconnectionIsToldAndNothingIsSent) {
 }
 
 TEST_F(GattClientWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        gatt_client_impl_callback_t handlers{};
-        EXPECT_EQ(create_gatt_client_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_gatt_client_event_parser);
 }
 
 TEST_F(GattClientWithoutMemory, InitMayFailAndBeRepeated) {

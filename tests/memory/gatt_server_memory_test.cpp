@@ -3,7 +3,7 @@
 
 // The GATT server without memory: nothing is sent, and what is written still arrives.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "support/record_text.h"
 #include "support/session.h"
 
@@ -11,12 +11,8 @@
 
 namespace {
 
+using memory::CommandCase;
 using memory::FailingAllocations;
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-};
 
 constexpr bt_bdaddr_t kRemote = {{1, 2, 3, 4, 5, 6}};
 uint8_t s_value[] = {'v'};
@@ -75,16 +71,7 @@ protected:
 };
 
 TEST_F(GattServerWithoutMemory, CommandsAreNotSentAndSaySo) {
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), BT_STATUS_NOMEM) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 // Its room is the decoder's own, so that there is nothing that could fail.
@@ -94,12 +81,7 @@ TEST_F(GattServerWithoutMemory, AWrittenValueArrivesAllTheSame) {
 }
 
 TEST_F(GattServerWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        gatt_server_impl_callback_t handlers{};
-        EXPECT_EQ(create_gatt_server_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_gatt_server_event_parser);
 }
 
 TEST_F(GattServerWithoutMemory, InitMayFailAndBeRepeated) {

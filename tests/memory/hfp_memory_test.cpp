@@ -3,19 +3,15 @@
 
 // The hands-free unit without memory: nothing is sent, and the list of calls is kept all the same.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "wire/hfp_profile.h"
 
 #include "vym_hfp_event.h"
 
 namespace {
 
+using memory::CommandCase;
 using memory::FailingAllocations;
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-};
 
 constexpr bt_bdaddr_t kPhone = {{1, 2, 3, 4, 5, 6}};
 char s_text[] = "123";
@@ -58,16 +54,7 @@ TEST_F(HfpWithoutMemory, CommandsAreNotSentAndSaySo) {
     Events({"HX09", "HO01000000111", "HO02000400222", "HQ0015"});
     EXPECT_TRUE(Session().EventsAreHandled());
     Server().ExpectCommand("AT#HK\r\n");
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), BT_STATUS_NOMEM) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 TEST_F(HfpWithoutMemory, TheOperatorIsNotAskedForAndTheApplicationHearsOfItsNetwork) {
@@ -104,12 +91,7 @@ TEST_F(HfpWithoutMemory, CallsArriveAndAreReportedEnded) {
 }
 
 TEST_F(HfpWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        hfp_impl_callback_t handlers{};
-        EXPECT_EQ(create_hfp_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_hfp_event_parser);
 }
 
 TEST_F(HfpWithoutMemory, InitMayFailAndBeRepeated) {

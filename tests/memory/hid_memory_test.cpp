@@ -3,7 +3,7 @@
 
 // The HID device without memory: nothing is sent, and the host's data is consumed all the same.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "support/record_text.h"
 #include "support/session.h"
 
@@ -11,12 +11,8 @@
 
 namespace {
 
+using memory::CommandCase;
 using memory::FailingAllocations;
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-};
 
 uint8_t s_block[] = {'b'};
 
@@ -68,16 +64,7 @@ protected:
 };
 
 TEST_F(HidWithoutMemory, CommandsAreNotSentAndSaySo) {
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), BT_STATUS_NOMEM) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 TEST_F(HidWithoutMemory, TheHostsDataIsConsumed) {
@@ -88,12 +75,7 @@ TEST_F(HidWithoutMemory, TheHostsDataIsConsumed) {
 }
 
 TEST_F(HidWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        hid_impl_callback_t handlers{};
-        EXPECT_EQ(create_hid_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_hid_event_parser);
 }
 
 TEST_F(HidWithoutMemory, InitMayFailAndBeRepeated) {

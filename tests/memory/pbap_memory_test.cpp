@@ -4,7 +4,7 @@
 // The phone book without memory: nothing is sent, entries arrive all the same, and a phone for which
 // there is no room is not counted.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "wire/pbap_profile.h"
 
 #include "vym_pbap_event.h"
@@ -12,13 +12,8 @@
 
 namespace {
 
+using memory::CommandCase;
 using memory::FailingAllocations;
-
-struct CommandCase {
-    const char* name;
-    bt_status_t (*call)();
-    bt_status_t without_memory;
-};
 
 char s_number[] = "123";
 
@@ -42,16 +37,7 @@ protected:
 };
 
 TEST_F(PbapWithoutMemory, CommandsAreNotSentAndMostSaySo) {
-    {
-        const FailingAllocations failing;
-        for (const CommandCase& one : kCommands) {
-            EXPECT_EQ(one.call(), one.without_memory) << one.name;
-        }
-    }
-    Server().ExpectNothingMore();
-    for (const CommandCase& one : kCommands) {
-        EXPECT_EQ(one.call(), BT_STATUS_SUCCESS) << one.name;
-    }
+    memory::ExpectNothingSent(Server(), kCommands);
 }
 
 TEST_F(PbapWithoutMemory, EntriesAndPhotographsArriveWhole) {
@@ -88,12 +74,7 @@ TEST_F(PbapWithoutMemory, AnEventIsNotScheduled) {
 }
 
 TEST_F(PbapWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        pbap_impl_callback_t handlers{};
-        EXPECT_EQ(create_pbap_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_pbap_event_parser);
 }
 
 TEST_F(PbapWithoutMemory, InitMayFailAndBeRepeated) {

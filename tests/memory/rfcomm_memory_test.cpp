@@ -4,7 +4,7 @@
 // The serial module without memory: nothing is sent, nothing is lost but what had no room, and nobody
 // waits for it.
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "vym_rfcomm_event.h"
 #include "wire/rfcomm_support.h"
 
@@ -146,12 +146,7 @@ TEST_F(RfcommWithoutMemory, AHandOverWithoutMemoryIsClosed) {
 }
 
 TEST_F(RfcommWithoutMemory, AParserIsNotMade) {
-    for (int skip = 0; skip < 3; ++skip) {
-        const FailingAllocations failing(skip, 1);
-        rfcomm_impl_callback_t handlers{};
-        EXPECT_EQ(create_rfcomm_event_parser(&handlers), nullptr) << skip;
-        EXPECT_EQ(failing.Failed(), 1);
-    }
+    memory::ExpectNoParser(create_rfcomm_event_parser);
 }
 
 } // namespace
