@@ -3,10 +3,11 @@
 
 #include "audio.h"
 
+#include "transport.h"
+
 #include <array>
 #include <cerrno>
 #include <cmath>
-#include <fcntl.h>
 #include <sys/socket.h>
 
 namespace sim {
@@ -55,23 +56,18 @@ std::string music(uint32_t& phase) {
 } // namespace
 
 void Audio::open() {
-    std::array<int, 2> pair{};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0) {
-        hub_.log.problem("no descriptor for audio: " +
-                         asio::error_code(errno, asio::system_category()).message());
+    TransportPair pair = make_transport(hub_.log, "audio", kSendBuffer);
+    if (!pair) {
         return;
     }
-    // Only this end: the client's reads block, as on a real transport.
-    fcntl(pair[0], F_SETFL, O_NONBLOCK);
-    setsockopt(pair[0], SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
     close();
-    fd_.emplace(hub_.loop, pair[0]);
+    fd_.emplace(hub_.loop, pair.ours.release());
     ++run_;
     sent_packets_ = dropped_packets_ = voice_bytes_ = 0;
     await_voice();
     due_ = std::chrono::steady_clock::now() + hub_.pace.audio_packet;
     timer_.start_at(due_, [this] { tick(); });
-    hub_.out.hand_over(kTransportAudio, UniqueFd(pair[1]));
+    hub_.out.hand_over(kTransportAudio, std::move(pair.clients));
 }
 
 void Audio::close() {

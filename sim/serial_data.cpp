@@ -3,10 +3,11 @@
 
 #include "serial_data.h"
 
+#include "transport.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/socket.h>
 
 namespace sim {
@@ -32,21 +33,16 @@ uint8_t octet(std::string_view bytes, size_t position) {
 } // namespace
 
 void SerialData::open() {
-    std::array<int, 2> pair{};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0) {
-        hub_.log.problem("no descriptor for serial data: " +
-                         asio::error_code(errno, asio::system_category()).message());
+    TransportPair pair = make_transport(hub_.log, "serial data", kSendBuffer);
+    if (!pair) {
         return;
     }
-    // Only this end: the client's reads block.
-    fcntl(pair[0], F_SETFL, O_NONBLOCK);
-    setsockopt(pair[0], SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
     close();
-    fd_.emplace(hub_.loop, pair[0]);
+    fd_.emplace(hub_.loop, pair.ours.release());
     ++run_;
     awaiting_input_ = awaiting_output_ = output_broken_ = false;
     await_input();
-    hub_.out.hand_over(kTransportSerial, UniqueFd(pair[1]));
+    hub_.out.hand_over(kTransportSerial, std::move(pair.clients));
 }
 
 void SerialData::close() {
