@@ -10,8 +10,6 @@ namespace sim {
 namespace {
 
 constexpr uint16_t kAudioSource = 0x110A;
-constexpr uint32_t kSampleRate = 44100;
-constexpr uint8_t kChannels = 2;
 
 enum AudioCode : uint8_t { kStreamStopped = 1, kStreamStarted = 2 };
 
@@ -52,8 +50,8 @@ private:
         if (state == ProfileLink::State::Up) {
             send(Event("AC", "audio configuration")
                      .address(address)
-                     .dword(kSampleRate, "rate")
-                     .byte(kChannels, "channels"));
+                     .dword(world().music.rate, "rate")
+                     .byte(static_cast<uint8_t>(world().music.channels), "channels"));
             stream_changed();
             media_->stream_link(address, true);
         }

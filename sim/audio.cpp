@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cmath>
 #include <sys/socket.h>
 
 namespace sim {
@@ -18,42 +17,26 @@ constexpr char kStreamVoice = 0;
 constexpr char kStreamMusic = 1;
 constexpr char kCodecCvsd = 1;
 constexpr char kCodecSamples = 0;
-constexpr uint16_t kDataBytes = 120;
-// 20 ms of 44,100 frames a second, four bytes each.
-constexpr uint16_t kMusicBytes = 3528;
+/// How much sound is in a packet.
+constexpr std::chrono::milliseconds kPacket{20};
 // Room for a fraction of a second: a client that stops reading finds fresh packets when it returns, not
 // old ones.
 constexpr int kSendBuffer = 16 * 1024;
 
-/// 16-bit samples of a 440 Hz tone at 8 kHz; `phase` counts samples across packets.
-std::string tone(uint32_t& phase) {
-    constexpr double kStep = 2.0 * 3.14159265358979323846 * 440.0 / 8000.0;
-    std::string data;
-    while (data.size() < kDataBytes) {
-        const auto sample = static_cast<int16_t>(std::lround(8000.0 * std::sin(kStep * phase)));
-        data += le16(static_cast<uint16_t>(sample));
-        // 200 samples are 11 whole waves.
-        phase = (phase + 1) % 200;
-    }
-    return data;
-}
-
-/// Frames of two 16-bit samples: a 441 Hz tone at 44.1 kHz, the right side at half the height.
-std::string music(uint32_t& phase) {
-    constexpr double kStep = 2.0 * 3.14159265358979323846 / 100.0;
-    std::string data;
-    data.reserve(kMusicBytes);
-    while (data.size() < kMusicBytes) {
-        const auto left = static_cast<int16_t>(std::lround(8000.0 * std::sin(kStep * phase)));
-        data += le16(static_cast<uint16_t>(left));
-        data += le16(static_cast<uint16_t>(left / 2));
-        // 100 frames are one wave.
-        phase = (phase + 1) % 100;
-    }
-    return data;
+std::string packet(char stream, char codec, const Sound& sound, Playback& playback) {
+    const size_t count = sound.bytes_in(kPacket);
+    return std::string{stream, codec} + le16(static_cast<uint16_t>(count)) +
+           playback.next(sound, count);
 }
 
 } // namespace
+
+Audio::Audio(Hub& hub) : hub_(hub), timer_(hub.loop) {
+    const std::string& path = hub.world.voice_recording;
+    if (!path.empty()) {
+        recording_.emplace(path, hub.world.voice.rate, hub.world.voice.channels);
+    }
+}
 
 void Audio::open() {
     TransportPair pair = make_transport(hub_.log, "audio", kSendBuffer);
@@ -103,12 +86,9 @@ void Audio::stream_one() {
     const bool whole = unsent_.empty();
     if (whole) {
         const Phone& phone = hub_.world.phone;
-        if (phone.music_on_air && !phone.call_audio) {
-            unsent_ =
-                std::string{kStreamMusic, kCodecSamples} + le16(kMusicBytes) + music(music_phase_);
-        } else {
-            unsent_ = std::string{kStreamVoice, kCodecCvsd} + le16(kDataBytes) + tone(phase_);
-        }
+        const bool music = phone.music_on_air && !phone.call_audio;
+        unsent_ = music ? packet(kStreamMusic, kCodecSamples, hub_.world.music, music_)
+                        : packet(kStreamVoice, kCodecCvsd, hub_.world.voice, voice_);
     }
     const ssize_t count =
         send(fd_->native_handle(), unsent_.data(), unsent_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
@@ -142,6 +122,9 @@ void Audio::read_voice() {
             hub_.log.note("voice from the client begins");
         }
         voice_bytes_ += static_cast<size_t>(count);
+        if (recording_) {
+            recording_->write(chunk.data(), static_cast<size_t>(count));
+        }
     } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
         // The client has ended its side; the next enable hands over a new descriptor.
         close();

@@ -6,6 +6,7 @@
 #define VYM_SIM_AUDIO_H
 
 #include "module.h"
+#include "sound.h"
 #include "timer.h"
 
 #include <asio/posix/stream_descriptor.hpp>
@@ -17,7 +18,8 @@ namespace sim {
 
 class Audio {
 public:
-    explicit Audio(Hub& hub) : hub_(hub), timer_(hub.loop) {}
+    /// Throws SoundError when the voice of the client is to be recorded and cannot be.
+    explicit Audio(Hub& hub);
 
     bool is_open() const { return fd_.has_value(); }
     /// Makes a new pair, hands one end to the client and streams on the other while a link is up.
@@ -36,8 +38,9 @@ private:
     std::optional<asio::posix::stream_descriptor> fd_;
     /// Counts the descriptors, so that a wait for an old one is recognised when it ends.
     uint64_t run_ = 0;
-    uint32_t phase_ = 0;
-    uint32_t music_phase_ = 0;
+    Playback voice_;
+    Playback music_;
+    std::optional<WavWriter> recording_;
     /// The end of a packet that the socket took only in part: it goes first, or the stream loses its
     /// framing.
     std::string unsent_;

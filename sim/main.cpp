@@ -38,6 +38,50 @@ void add_ring_options(CLI::App& app, unsigned& ring_after_ms, std::string& numbe
         ->needs(after);
 }
 
+/// Voice in the formats of the Hands-Free Profile: CVSD and mSBC decoded.
+sim::Sound voice_of(const std::string& path) {
+    sim::Sound sound = sim::read_wav(path);
+    if (sound.channels != 1 || (sound.rate != 8000 && sound.rate != 16000)) {
+        throw sim::SoundError(path + " has " + std::to_string(sound.channels) + " channels and " +
+                              std::to_string(sound.rate) +
+                              " samples a second; voice has one channel and 8000 or 16000");
+    }
+    return sound;
+}
+
+sim::Sound music_of(const std::string& path) {
+    sim::Sound sound = sim::read_wav(path);
+    if (sound.channels > 2 || sound.rate < 16000 || sound.rate > 48000) {
+        throw sim::SoundError(path + " has " + std::to_string(sound.channels) + " channels and " +
+                              std::to_string(sound.rate) +
+                              " samples a second; music has one or two channels and 16000 to 48000");
+    }
+    return sound;
+}
+
+struct SoundFiles {
+    std::string voice;
+    std::string music;
+
+    void add_options(CLI::App& app, std::string& recording) {
+        app.add_option("--voice", voice, "What a call sounds like: a WAV file, played over and over")
+            ->type_name("FILE");
+        app.add_option("--music", music, "What the player plays: a WAV file, played over and over")
+            ->type_name("FILE");
+        app.add_option("--record", recording, "Write the client's voice to FILE, a WAV file")
+            ->type_name("FILE");
+    }
+
+    void load(sim::World& world) const {
+        if (!voice.empty()) {
+            world.voice = voice_of(voice);
+        }
+        if (!music.empty()) {
+            world.music = music_of(music);
+        }
+    }
+};
+
 /// Fills the settings from the command line. Throws CLI::ParseError, also for --help and --version.
 Settings parse(CLI::App& app, int argc, char** argv) {
     Settings settings;
@@ -57,8 +101,11 @@ Settings parse(CLI::App& app, int argc, char** argv) {
                    "Write the bytes that cross the socket to FILE, as text")
         ->type_name("FILE");
     add_ring_options(app, ring_after_ms, phone.ring_number);
+    SoundFiles sounds;
+    sounds.add_options(app, settings.world.voice_recording);
     app.set_version_flag("--version", kVersion);
     app.parse(argc, argv);
+    sounds.load(settings.world);
     if (quiet) {
         options.log = sim::LogLevel::Quiet;
     } else if (log) {

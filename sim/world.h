@@ -7,6 +7,7 @@
 
 #include "peripherals.h"
 #include "phone.h"
+#include "sound.h"
 #include "wire.h"
 
 #include <cstdint>
@@ -116,6 +117,11 @@ struct World {
     std::vector<Address> bonded;
     /// What is in the phone that offers calls, music and contacts.
     Phone phone;
+    /// What the audio descriptor carries.
+    Sound voice;
+    Sound music;
+    /// The file that the client's voice is written to; none when empty.
+    std::string voice_recording;
 
     /// The device with this address, or nullptr.
     Device* find(const Address& address);

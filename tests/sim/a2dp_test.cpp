@@ -83,7 +83,7 @@ TEST(SimA2dp, SwitchingOffDisconnects) {
 
 TEST(SimA2dp, MusicIsStreamedWhileATrackPlays) {
     A2dpSim sim(audible());
-    EXPECT_EQ(packet(sim.audio).substr(0, 4), std::string("\x00\x01\x78\x00", 4));
+    EXPECT_EQ(packet(sim.audio).substr(0, 4), std::string("\x00\x01\x40\x01", 4));
     sim.play();
     const std::string music = packet_of(sim.audio, 1);
     // Type 1, codec 0, 0x0DC8 bytes; 8000 * sin(2 pi / 100 * n): 0, 502, 1003 and half of each.
@@ -92,7 +92,7 @@ TEST(SimA2dp, MusicIsStreamedWhileATrackPlays) {
     EXPECT_EQ(music.size(), 3532U);
     EXPECT_EQ(packet(sim.audio).substr(0, 4), std::string("\x01\x00\xC8\x0D", 4));
     EXPECT_EQ(sim.answers("RC" + kPhone + "4500")[0], "RA4500");
-    EXPECT_EQ(packet_of(sim.audio, 0).size(), 124U);
+    EXPECT_EQ(packet_of(sim.audio, 0).size(), 324U);
 }
 
 TEST(SimA2dp, WithoutFocusThereIsNoMusic) {
@@ -115,7 +115,7 @@ TEST(SimA2dp, ACallIsHeardInsteadOfMusic) {
     sim.until("HX");
     sim.send("HC" + kPhone);
     EXPECT_EQ(sim.until("HB02").back(), "HB02" + kPhone);
-    EXPECT_EQ(packet_of(sim.audio, 0).size(), 124U);
+    EXPECT_EQ(packet_of(sim.audio, 0).size(), 324U);
     EXPECT_EQ(sim.answers("HD" + kPhone), Strings{"HB00" + kPhone});
     EXPECT_EQ(packet_of(sim.audio, 1).size(), 3532U);
 }

@@ -55,8 +55,8 @@ TEST(SimPower, DisableDropsLinksAndClosesTheDescriptor) {
     // Reads what was streamed, then the end.
     std::string last;
     do {
-        last = read_exactly(audio.get(), 124);
-    } while (last.size() == 124);
+        last = read_exactly(audio.get(), 324);
+    } while (last.size() == 324);
     EXPECT_EQ(last, "");
 }
 
