@@ -3,9 +3,11 @@
 
 // The program as a person starts it.
 #include "running_sim.h"
+#include "sound.h"
 
 #include <array>
 #include <csignal>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -203,6 +205,9 @@ TEST(SimProgram, ASecondServerInOneDirectoryIsRefused) {
 
 TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
     const TemporaryDirectory dir;
+    std::ofstream(dir.file("text")) << "no sound";
+    sim::WavWriter(dir.file("music.wav"), 44100, 2).write("abcd", 4);
+    sim::WavWriter(dir.file("voice.wav"), 8000, 1).write("abcd", 4);
     const std::vector<std::pair<Strings, std::string>> cases{
         {{}, "--dir is required"},
         {{"--dir"}, "--dir"},
@@ -215,6 +220,11 @@ TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
         {{"--dir", dir.path(), "--ring-number", "123"}, "--ring-after"},
         {{"--dir", dir.file("none")}, "No such file or directory"},
         {{"--dir", dir.path(), "--traffic", dir.file("none/file")}, "cannot write the traffic file"},
+        {{"--dir", dir.path(), "--voice", dir.file("none.wav")}, "cannot read the sound"},
+        {{"--dir", dir.path(), "--music", dir.file("text")}, "is no WAV file"},
+        {{"--dir", dir.path(), "--voice", dir.file("music.wav")}, "voice has one channel"},
+        {{"--dir", dir.path(), "--music", dir.file("voice.wav")}, "music has one or two channels"},
+        {{"--dir", dir.path(), "--record", dir.file("none/out.wav")}, "cannot write the sound"},
     };
     for (const auto& [arguments, words] : cases) {
         Program program(arguments);
@@ -228,8 +238,8 @@ TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
 TEST(SimProgram, HelpAndVersionGoToStandardOutput) {
     Program help({"--help"});
     EXPECT_EQ(help.exit_code(), 0);
-    for (const char* option :
-         {"--dir", "--log", "--quiet", "--traffic", "--ring-after", "--ring-number", "--version"}) {
+    for (const char* option : {"--dir", "--log", "--quiet", "--traffic", "--ring-after",
+                               "--ring-number", "--voice", "--music", "--record", "--version"}) {
         EXPECT_NE(help.output().find(option), std::string::npos) << option;
     }
     Program version({"--version"});
