@@ -24,7 +24,8 @@ const std::string kSecondPiece = "world";
 } // namespace
 
 void Central::note(const std::string& text) const {
-    hub_.log.note("the central " + text);
+    // Several may be here at once.
+    hub_.log.note(hub_.world.find(address_)->name + " " + text);
 }
 
 // What to do with a service.
@@ -87,10 +88,7 @@ void Central::plan(const OwnService& own, Kind kind, uint16_t handle, std::strin
 }
 
 bool Central::is_encrypted() const {
-    const auto& devices = hub_.world.devices;
-    return std::any_of(devices.begin(), devices.end(), [this](const Device& device) {
-        return device.central && hub_.world.is_bonded(device.address);
-    });
+    return hub_.world.is_bonded(address_);
 }
 
 bool Central::may_read(const Attribute& attribute) const {

@@ -39,14 +39,17 @@ struct Response {
 class Central {
 public:
     struct Surroundings {
-        /// The central's connection to a server, or nullptr.
+        /// This central's connection to a server, or nullptr.
         std::function<ServerConnection*(uint8_t server_if)> connection;
         /// No response came in time: the connection is of no more use.
         std::function<void()> give_up;
     };
 
-    Central(Hub& hub, ServerTable& table, Surroundings surroundings)
-        : hub_(hub), table_(table), surroundings_(std::move(surroundings)), timer_(hub.loop) {}
+    Central(Hub& hub, ServerTable& table, const Address& address, Surroundings surroundings)
+        : hub_(hub), table_(table), address_(address), surroundings_(std::move(surroundings)),
+          timer_(hub.loop) {}
+
+    const Address& address() const { return address_; }
 
     /// Looks at a service that has been started; its server is connected.
     void explore(const OwnService& own);
@@ -97,6 +100,7 @@ private:
 
     Hub& hub_;
     ServerTable& table_;
+    Address address_;
     Surroundings surroundings_;
     Timer timer_;
     std::deque<Step> steps_;

@@ -8,6 +8,7 @@
 #include "modules.h"
 
 #include <algorithm>
+#include <list>
 
 namespace sim {
 namespace {
@@ -18,11 +19,12 @@ constexpr size_t kValueHeader = 3;
 class GattServer : public Module {
 public:
     GattServer(Hub& hub, std::shared_ptr<LowEnergy> low_energy)
-        : Module(hub), low_energy_(std::move(low_energy)),
-          central_(hub, low_energy_->own_services(),
-                   {[this](uint8_t server_if) { return central_connection(server_if); },
-                    [this] { close_all_of_central(); }}),
-          approach_(hub.loop), agenda_(hub.loop) {
+        : Module(hub), low_energy_(std::move(low_energy)), agenda_(hub.loop) {
+        for (const Device& device : world().devices) {
+            if (device.central) {
+                add_visitor(device.address);
+            }
+        }
         low_energy_->listen({{}, [this](bool) { invite(); }});
     }
 
@@ -42,7 +44,9 @@ public:
     }
 
     void radio_off() override {
-        approach_.stop();
+        for (Visitor& visitor : visitors_) {
+            visitor.approach.stop();
+        }
         while (!attempts_.empty()) {
             fail_attempt(attempts_.front().server_if, attempts_.front().address);
         }
@@ -69,7 +73,26 @@ private:
         uint64_t entry;
     };
 
+    /// A central of the world, here or not.
+    struct Visitor {
+        Central central;
+        /// Until it comes.
+        Timer approach;
+
+        Visitor(Hub& hub, ServerTable& table, const Address& address, Central::Surroundings around)
+            : central(hub, table, address, std::move(around)), approach(hub.loop) {}
+    };
+
     ServerTable& table() { return low_energy_->own_services(); }
+
+    void add_visitor(const Address& address) {
+        Central::Surroundings around;
+        around.connection = [this, address](uint8_t server_if) {
+            return connection_to(server_if, address);
+        };
+        around.give_up = [this, address] { close_all_of(address); };
+        visitors_.emplace_back(hub(), table(), address, std::move(around));
+    }
 
     // Registration.
 
@@ -128,12 +151,13 @@ private:
         if (status != kGattSuccess) {
             return;
         }
-        if (Device* device = central_device(); device != nullptr && is_central_here()) {
-            connect_server(*device, server_if);
-            central_.explore(*table().find(server_if, service));
-        } else {
-            invite();
+        for (Visitor& visitor : visitors_) {
+            if (is_here(visitor)) {
+                connect_server(device_of(visitor), server_if);
+                visitor.central.explore(*table().find(server_if, service));
+            }
         }
+        invite();
     }
 
     void stop(Fields& fields) {
@@ -144,7 +168,7 @@ private:
             world().adapter.powered ? table().stop(server_if, service) : kGattError;
         report_service("JH", "service stopped", status, server_if, service);
         if (status == kGattSuccess) {
-            central_.service_stopped(*table().find(server_if, service));
+            service_stopped(*table().find(server_if, service));
         }
     }
 
@@ -155,10 +179,16 @@ private:
         GattStatus status = kGattError;
         const OwnService* own = table().find(server_if, service);
         if (own != nullptr && world().adapter.powered) {
-            central_.service_stopped(*own);
+            service_stopped(*own);
             status = table().remove(server_if, service);
         }
         report_service("JI", "service deleted", status, server_if, service);
+    }
+
+    void service_stopped(const OwnService& own) {
+        for (Visitor& visitor : visitors_) {
+            visitor.central.service_stopped(own);
+        }
     }
 
     // Connections.
@@ -169,27 +199,26 @@ private:
         return it == connections_.end() ? nullptr : &*it;
     }
 
-    Device* central_device() {
-        auto& devices = world().devices;
-        const auto it =
-            std::find_if(devices.begin(), devices.end(), [](const Device& d) { return d.central; });
-        return it == devices.end() ? nullptr : &*it;
-    }
-
-    bool is_central(const Address& address) {
-        const Device* device = world().find(address);
-        return device != nullptr && device->central;
-    }
-
-    bool is_central_here() {
-        return connection_of([this](const ServerConnection& c) { return is_central(c.address); }) !=
-               nullptr;
-    }
-
-    ServerConnection* central_connection(uint8_t server_if) {
-        return connection_of([this, server_if](const ServerConnection& c) {
-            return c.server_if == server_if && is_central(c.address);
+    ServerConnection* connection_to(uint8_t server_if, const Address& address) {
+        return connection_of([&](const ServerConnection& c) {
+            return c.server_if == server_if && c.address == address;
         });
+    }
+
+    /// The visitor with this address, or nullptr.
+    Visitor* visitor(const Address& address) {
+        const auto it = std::find_if(visitors_.begin(), visitors_.end(), [&address](const Visitor& v) {
+            return v.central.address() == address;
+        });
+        return it == visitors_.end() ? nullptr : &*it;
+    }
+
+    Device& device_of(const Visitor& visitor) { return *world().find(visitor.central.address()); }
+
+    bool is_here(const Visitor& visitor) {
+        return connection_of([&visitor](const ServerConnection& c) {
+                   return c.address == visitor.central.address();
+               }) != nullptr;
     }
 
     bool has_started_service() {
@@ -197,33 +226,34 @@ private:
                            [](const OwnService& own) { return own.started; });
     }
 
-    /// There is something new for a central to come for.
+    /// There may be something for centrals to come for. They come one after the other.
     void invite() {
-        const bool reason = low_energy_->is_inviting() && has_started_service() && !is_central_here() &&
-                            central_device() != nullptr;
-        if (reason) {
-            approach_.start(hub().pace.central_approach, [this] { central_comes(); });
-        } else {
-            approach_.stop();
+        const bool reason = low_energy_->is_inviting() && has_started_service();
+        auto after = hub().pace.central_approach;
+        for (Visitor& visitor : visitors_) {
+            if (reason && !is_here(visitor)) {
+                visitor.approach.start(after, [this, &visitor] { visitor_comes(visitor); });
+                after += hub().pace.central_approach;
+            } else {
+                visitor.approach.stop();
+            }
         }
     }
 
-    void central_comes() {
+    void visitor_comes(const Visitor& visitor) {
         // What is no longer so has stopped the approach, except for services.
         for (const uint8_t server_if : low_energy_->servers()) {
             const bool offers = std::any_of(
                 table().services().begin(), table().services().end(),
                 [server_if](const OwnService& o) { return o.started && o.server_if == server_if; });
             if (offers) {
-                connect_and_explore(*central_device(), server_if);
+                connect_and_explore(device_of(visitor), server_if);
             }
         }
     }
 
     uint16_t connect_server(Device& device, uint8_t server_if) {
-        if (const ServerConnection* there = connection_of([&](const ServerConnection& c) {
-                return c.server_if == server_if && c.address == device.address;
-            })) {
+        if (const ServerConnection* there = connection_to(server_if, device.address)) {
             return there->id;
         }
         hold_link(hub(), device);
@@ -239,12 +269,13 @@ private:
 
     void connect_and_explore(Device& device, uint8_t server_if) {
         connect_server(device, server_if);
-        if (!device.central) {
+        Visitor* there = visitor(device.address);
+        if (there == nullptr) {
             return;
         }
         for (const OwnService& own : table().services()) {
             if (own.started && own.server_if == server_if) {
-                central_.explore(own);
+                there->central.explore(own);
             }
         }
     }
@@ -268,9 +299,7 @@ private:
         if (!low_energy_->is_server(server_if) || !world().adapter.powered) {
             hub().log.note("refused: no such GATT server is registered, or the adapter is off");
             report_connection(address, false, 0, server_if);
-        } else if (const ServerConnection* there = connection_of([&](const ServerConnection& c) {
-                       return c.server_if == server_if && c.address == address;
-                   })) {
+        } else if (const ServerConnection* there = connection_to(server_if, address)) {
             report_connection(address, true, there->id, server_if);
         } else if (pending) {
             hub().log.note("this connection is being made already");
@@ -345,9 +374,9 @@ private:
         release_link(hub(), device);
     }
 
-    void close_all_of_central() {
-        while (const ServerConnection* connection =
-                   connection_of([this](const ServerConnection& c) { return is_central(c.address); })) {
+    void close_all_of(const Address& address) {
+        while (const ServerConnection* connection = connection_of(
+                   [&address](const ServerConnection& c) { return c.address == address; })) {
             close(*connection);
         }
     }
@@ -355,11 +384,11 @@ private:
     void end(const ServerConnection& connection) {
         const ServerConnection gone = connection;
         connections_.erase(connections_.begin() + (&connection - connections_.data()));
-        if (is_central(gone.address)) {
-            if (is_central_here()) {
-                central_.server_gone(gone.server_if);
+        if (Visitor* who = visitor(gone.address)) {
+            if (is_here(*who)) {
+                who->central.server_gone(gone.server_if);
             } else {
-                central_.stop();
+                who->central.stop();
             }
         }
         report_connection(gone.address, false, gone.id, gone.server_if);
@@ -394,10 +423,11 @@ private:
     void send_value(uint8_t server_if, uint16_t handle, uint16_t conn_id, bool indication,
                     const std::string& value) {
         const ServerConnection* connection = own_connection(server_if, conn_id);
+        Visitor* receiver = connection == nullptr ? nullptr : visitor(connection->address);
         GattStatus status = kGattError;
         if (connection == nullptr) {
             hub().log.note("refused: the server has no such connection");
-        } else if (!is_central(connection->address) || !central_.is_subscribed(handle, indication)) {
+        } else if (receiver == nullptr || !receiver->central.is_subscribed(handle, indication)) {
             hub().log.note(std::string("refused: ") + (indication ? "indications" : "notifications") +
                            " of handle " + std::to_string(handle) + " are not subscribed to");
         } else if (value.size() + kValueHeader > connection->mtu) {
@@ -405,7 +435,7 @@ private:
                            std::to_string(connection->mtu - kValueHeader) + " bytes");
             status = kInvalidLength;
         } else {
-            central_.receive(handle, value, indication);
+            receiver->central.receive(handle, value, indication);
             status = kGattSuccess;
         }
         send(Event("JN", "value sent").word(conn_id, "connection").byte(status, "status"));
@@ -422,8 +452,9 @@ private:
         fields.byte("authentication");
         response.value = fields.block("value");
         fields.end();
-        const bool awaited =
-            own_connection(server_if, response.conn_id) != nullptr && central_.respond(response);
+        const ServerConnection* connection = own_connection(server_if, response.conn_id);
+        Visitor* asking = connection == nullptr ? nullptr : visitor(connection->address);
+        const bool awaited = asking != nullptr && asking->central.respond(response);
         if (!awaited) {
             hub().log.note("nothing waits for a response to transaction " +
                            std::to_string(response.trans_id));
@@ -434,9 +465,8 @@ private:
     }
 
     std::shared_ptr<LowEnergy> low_energy_;
-    Central central_;
-    /// Until the central comes.
-    Timer approach_;
+    /// A list: what they wait for names them by their place.
+    std::list<Visitor> visitors_;
     Agenda agenda_;
     std::vector<ServerConnection> connections_;
     uint16_t last_connection_ = 0;

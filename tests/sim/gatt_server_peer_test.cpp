@@ -3,6 +3,8 @@
 
 #include "low_energy_sim.h"
 
+#include <algorithm>
+
 namespace {
 
 const std::string kService = in_command("180F");
@@ -13,7 +15,9 @@ const std::string kLevelTold = in_event("2A19");
 /// A server with the number 1.
 class ServerSim : public PhoneSim {
 public:
-    explicit ServerSim(const sim::Pace& pace = low_energy_pace()) : PhoneSim(pace) {
+    explicit ServerSim(const sim::Pace& pace = low_energy_pace(),
+                       sim::World world = sim::built_in_world())
+        : PhoneSim(pace, std::move(world)) {
         EXPECT_EQ(answers("JA" + kAppInCommand), Strings{"JA0001" + kAppInEvent});
     }
 
@@ -152,12 +156,12 @@ TEST(SimGattServer, ACentralReadsWritesAndSubscribes) {
     sim.receive_visit();
     EXPECT_EQ(sim.client.events_until_version(), Strings{});
     sim.stop();
-    EXPECT_TRUE(sim.logged("the central finds service 180F at handle 32"));
-    EXPECT_TRUE(sim.logged("the central has read handle 34: 61 62 63"));
-    EXPECT_TRUE(sim.logged("the central has written handle 34"));
-    EXPECT_TRUE(sim.logged("the central has prepared to write handle 34"));
-    EXPECT_TRUE(sim.logged("the central has executed its long write to handle 34"));
-    EXPECT_TRUE(sim.logged("the central has subscribed to handle 36"));
+    EXPECT_TRUE(sim.logged("Tablet finds service 180F at handle 32"));
+    EXPECT_TRUE(sim.logged("Tablet has read handle 34: 61 62 63"));
+    EXPECT_TRUE(sim.logged("Tablet has written handle 34"));
+    EXPECT_TRUE(sim.logged("Tablet has prepared to write handle 34"));
+    EXPECT_TRUE(sim.logged("Tablet has executed its long write to handle 34"));
+    EXPECT_TRUE(sim.logged("Tablet has subscribed to handle 36"));
 }
 
 TEST(SimGattServer, ACentralComesOnlyWhileItIsInvited) {
@@ -203,7 +207,7 @@ TEST(SimGattServer, OnlyTheRightTransactionMovesTheCentralOn) {
     EXPECT_EQ(sim.client.event().substr(0, 22), "JL" + kTablet + "00010002");
     sim.stop();
     EXPECT_TRUE(sim.logged("nothing waits for a response to transaction 9"));
-    EXPECT_TRUE(sim.logged("the central has read handle 34: 79"));
+    EXPECT_TRUE(sim.logged("Tablet has read handle 34: 79"));
 }
 
 TEST(SimGattServer, ARefusalMovesTheCentralOnToo) {
@@ -221,9 +225,9 @@ TEST(SimGattServer, ARefusalMovesTheCentralOnToo) {
     sim.respond("0004", "0022");
     EXPECT_EQ(sim.client.event().substr(0, 22), "JL" + kTablet + "00010005");
     sim.stop();
-    EXPECT_TRUE(sim.logged("the central is refused at handle 34: status 2"));
-    EXPECT_TRUE(sim.logged("the central is refused at handle 34: status 13"));
-    EXPECT_TRUE(sim.logged("the central is refused at handle 34: status 9"));
+    EXPECT_TRUE(sim.logged("Tablet is refused at handle 34: status 2"));
+    EXPECT_TRUE(sim.logged("Tablet is refused at handle 34: status 13"));
+    EXPECT_TRUE(sim.logged("Tablet is refused at handle 34: status 9"));
 }
 
 TEST(SimGattServer, APieceThatComesBackChangedIsNotExecuted) {
@@ -249,9 +253,8 @@ TEST(SimGattServer, ALongValueIsReadInPieces) {
     sim.respond("0002", "0022", "0002bc");
     EXPECT_EQ(sim.client.event().substr(0, 22), "JL" + kTablet + "00010003");
     sim.stop();
-    EXPECT_TRUE(
-        sim.logged("the central has read handle 34: 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 "
-                   "61 61 61 61 61 61 61 61 61 ... (248 bytes)"));
+    EXPECT_TRUE(sim.logged("Tablet has read handle 34: 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 "
+                           "61 61 61 61 61 61 61 61 61 ... (248 bytes)"));
 }
 
 TEST(SimGattServer, WithoutAResponseTheCentralGivesUp) {
@@ -264,8 +267,7 @@ TEST(SimGattServer, WithoutAResponseTheCentralGivesUp) {
                                              "JB" + kTablet + "00000101", "BI00" + kTablet + "01"}));
     EXPECT_EQ(sim.answers("JO01000100010000220000000001x"), Strings{"JJ850022"});
     sim.stop();
-    EXPECT_TRUE(
-        sim.logged("the central had no response to transaction 1 about handle 34 and gives up"));
+    EXPECT_TRUE(sim.logged("Tablet had no response to transaction 1 about handle 34 and gives up"));
 }
 
 TEST(SimGattServer, WhatPermissionsForbidIsLeftAlone) {
@@ -280,9 +282,9 @@ TEST(SimGattServer, WhatPermissionsForbidIsLeftAlone) {
     EXPECT_EQ(sim.client.event(), "JL" + kTablet + "0001000100260000" + "0000" + "0005hello");
     EXPECT_EQ(sim.client.events_until_version(), Strings{});
     sim.stop();
-    EXPECT_TRUE(sim.logged("the central may not read handle 34: status 2"));
-    EXPECT_TRUE(sim.logged("the central may not read handle 36: status 5"));
-    EXPECT_TRUE(sim.logged("the central may not write handle 36: status 5"));
+    EXPECT_TRUE(sim.logged("Tablet may not read handle 34: status 2"));
+    EXPECT_TRUE(sim.logged("Tablet may not read handle 36: status 5"));
+    EXPECT_TRUE(sim.logged("Tablet may not write handle 36: status 5"));
 }
 
 TEST(SimGattServer, AStoppedServiceIsAskedForNothingMore) {
@@ -313,6 +315,90 @@ TEST(SimGattServer, TwoServersHaveAConnectionEach) {
                                              "JK" + kTablet + "000200070028000000"}));
     EXPECT_EQ(sim.answers("JE02" + kTablet + "0002"), Strings{"JB" + kTablet + "00000202"});
     EXPECT_EQ(sim.answers("JC01"), (Strings{"JB" + kTablet + "00000101", "BI00" + kTablet + "01"}));
+}
+
+// Several centrals.
+
+const std::string kSecondTablet = "D25461626C75";
+const std::string kThirdTablet = "D25461626C76";
+
+sim::World three_tablets() {
+    sim::World world = sim::built_in_world();
+    for (const std::string& address : {kSecondTablet, kThirdTablet}) {
+        sim::Device tablet = *world.find(sim::to_address(kTablet));
+        tablet.address = sim::to_address(address);
+        tablet.name += address == kSecondTablet ? " 2" : " 3";
+        world.devices.push_back(tablet);
+    }
+    return world;
+}
+
+/// With three tablets that have connected and wait for their first value.
+class CrowdedServerSim : public ServerSim {
+public:
+    CrowdedServerSim() : ServerSim(low_energy_pace(), three_tablets()) {
+        add_service();
+        EXPECT_EQ(answers("JJ01002002"), Strings{"JG00010020"});
+        send("KZC01");
+        // They come one after the other, but what each does then is its own affair.
+        Strings events = client.events(13);
+        std::sort(events.begin(), events.end());
+        EXPECT_EQ(events, (Strings{"BI00" + kTablet + "00", "BI00" + kSecondTablet + "00",
+                                   "BI00" + kThirdTablet + "00", "JB" + kTablet + "01000101",
+                                   "JB" + kSecondTablet + "01000201", "JB" + kThirdTablet + "01000301",
+                                   "JK" + kTablet + "000100010022000000",
+                                   "JK" + kSecondTablet + "000200010022000000",
+                                   "JK" + kThirdTablet + "000300010022000000", "JP000100F7",
+                                   "JP000200F7", "JP000300F7", "KZA0000"}));
+    }
+};
+
+TEST(SimGattServer, ThreeCentralsEachHaveAConnectionAndAConversation) {
+    CrowdedServerSim sim;
+    sim.send("JO01000200010000220000000003abc");
+    EXPECT_EQ(sim.client.events(2),
+              (Strings{"JJ000022", "JL" + kSecondTablet + "0002000200220000" + "0100" + "0005hello"}));
+    // The others still wait for their first response.
+    EXPECT_EQ(sim.answers("JO01000300020000220000000000"), Strings{"JJ850022"});
+    sim.receive_rest_of_visit();
+    EXPECT_EQ(sim.client.events_until_version(), Strings{});
+    sim.stop();
+    EXPECT_TRUE(sim.logged("Tablet 2 has read handle 34: 61 62 63"));
+    EXPECT_TRUE(sim.logged("Tablet has executed its long write to handle 34"));
+    EXPECT_FALSE(sim.logged("Tablet 3 has read handle 34: 61 62 63"));
+}
+
+TEST(SimGattServer, WhatOneCentralSubscribedToIsNotSentToAnother) {
+    CrowdedServerSim sim;
+    sim.receive_rest_of_visit();
+    EXPECT_EQ(sim.answers("JN010024000100015"), Strings{"JN000100"});
+    EXPECT_EQ(sim.answers("JN010024000300015"), Strings{"JN000385"});
+}
+
+TEST(SimGattServer, ACentralThatLeavesDoesNotTakeTheOthersAlong) {
+    CrowdedServerSim sim;
+    EXPECT_EQ(sim.answers("JE01" + kSecondTablet + "0002"),
+              (Strings{"JB" + kSecondTablet + "00000201", "BI00" + kSecondTablet + "01"}));
+    sim.receive_rest_of_visit();
+    EXPECT_EQ(sim.answers("JK010020"), Strings{"JH00010020"});
+    // Started again, the service is looked at by those who are here, and brings back who is not.
+    sim.send("JJ01002002");
+    Strings events = sim.client.events(7);
+    std::sort(events.begin(), events.end());
+    EXPECT_EQ(events, (Strings{"BI00" + kSecondTablet + "00", "JB" + kSecondTablet + "01000401",
+                               "JG00010020", "JK" + kTablet + "000100070022000000",
+                               "JK" + kSecondTablet + "000400020022000000",
+                               "JK" + kThirdTablet + "000300020022000000", "JP000400F7"}));
+}
+
+TEST(SimGattServer, PowerOffDisconnectsEveryCentral) {
+    CrowdedServerSim sim;
+    Strings events = sim.answers("PC");
+    std::sort(events.begin(), events.end());
+    EXPECT_EQ(events,
+              (Strings{"BI00" + kTablet + "01", "BI00" + kSecondTablet + "01",
+                       "BI00" + kThirdTablet + "01", "JB" + kTablet + "00000101",
+                       "JB" + kSecondTablet + "00000201", "JB" + kThirdTablet + "00000301", "PA00"}));
 }
 
 // Connections that the client asks for.
@@ -396,7 +482,7 @@ TEST(SimGattServer, ASubscribedValueIsNotified) {
     EXPECT_EQ(sim.answers("JK010020"), Strings{"JH00010020"});
     EXPECT_EQ(sim.answers("JN010024000100015"), Strings{"JN000185"});
     sim.stop();
-    EXPECT_TRUE(sim.logged("the central receives a notification of handle 36: 0A"));
+    EXPECT_TRUE(sim.logged("Tablet receives a notification of handle 36: 0A"));
     EXPECT_TRUE(sim.logged("refused: notifications of handle 36 are not subscribed to"));
     EXPECT_TRUE(sim.logged("refused: indications of handle 36 are not subscribed to"));
     EXPECT_TRUE(sim.logged("refused: the server has no such connection"));
@@ -414,7 +500,7 @@ TEST(SimGattServer, IndicationsAreSubscribedToWhereThereIsNothingElse) {
     sim.respond("0001", "0023");
     EXPECT_EQ(sim.answers("JM01002200010100015"), Strings{"JN000100"});
     sim.stop();
-    EXPECT_TRUE(sim.logged("the central receives an indication of handle 34: 35"));
+    EXPECT_TRUE(sim.logged("Tablet receives an indication of handle 34: 35"));
 }
 
 } // namespace
