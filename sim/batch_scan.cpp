@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The vym authors
 
 // Batch scanning: advertisements are kept until the client asks for them all at once.
+#include "hall.h"
 #include "low_energy.h"
 #include "modules.h"
 #include "scan_filters.h"
@@ -53,7 +54,7 @@ std::string head_of(const Record& record) {
 class BatchScan : public Module {
 public:
     BatchScan(Hub& hub, std::shared_ptr<LowEnergy> low_energy)
-        : Module(hub), low_energy_(std::move(low_energy)), timer_(hub.loop) {
+        : Module(hub), low_energy_(std::move(low_energy)), timer_(hub.loop), hall_(hub.world.hall) {
         low_energy_->listen({[this](uint8_t client_if) {
                                  if (running_ && client_if == client_if_) {
                                      stop();
@@ -153,6 +154,8 @@ private:
                 keep(device);
             }
         }
+        const auto interval = hub().pace.advertising_interval;
+        hall_.pass_time(interval, interval, [this](const Device& device, uint32_t) { keep(device); });
         tell();
         wait();
     }
@@ -223,6 +226,7 @@ private:
 
     std::shared_ptr<LowEnergy> low_energy_;
     Timer timer_;
+    Hall hall_;
     bool running_ = false;
     uint8_t client_if_ = 0;
     uint16_t mode_ = 0;

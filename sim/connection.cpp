@@ -70,7 +70,7 @@ void Connection::start() {
 }
 
 void Connection::await_input() {
-    if (awaiting_input_ || ended_ || queued_bytes_ > kHighWater) {
+    if (awaiting_input_ || ended_ || is_congested()) {
         return;
     }
     awaiting_input_ = true;
@@ -104,6 +104,10 @@ void Connection::send_descriptor(UniqueFd fd) {
     queued_bytes_ += 1;
     queue_.push_back({std::string(1, '\0'), std::move(fd)});
     flush();
+}
+
+bool Connection::is_congested() const {
+    return queued_bytes_ > kHighWater;
 }
 
 long Connection::write_front() {

@@ -44,6 +44,8 @@ public:
     void send(std::string bytes);
     /// Sends one 0x00 byte that carries the descriptor, then closes this end's copy.
     void send_descriptor(UniqueFd fd);
+    /// More is queued than a client that reads leaves there.
+    bool is_congested() const;
 
 private:
     struct Item {

@@ -426,10 +426,7 @@ private:
         if (calls_.outgoing() == nullptr) {
             far_end_.stop();
         } else if (progressing_ != calls_.outgoing()->state) {
-            far_end_.start(hub().pace.call_step, [this] {
-                calls_.progress();
-                calls_changed();
-            });
+            far_end_.start(hub().pace.call_step, [this] { far_end_acts(); });
         }
         progressing_ = calls_.outgoing() == nullptr ? CallState::Active : calls_.outgoing()->state;
         const Call* ringing = calls_.ringing();
@@ -448,6 +445,17 @@ private:
             begin_patience(*ringing);
         }
         caller_waits_ = ringing != nullptr;
+    }
+
+    void far_end_acts() {
+        const FarEnd far_end = phone().far_end;
+        if (far_end == FarEnd::IsBusy) {
+            hub().log.note("the number is busy");
+            calls_.act(static_cast<uint8_t>(CallAction::HangUp), 0);
+        } else if (far_end == FarEnd::Answers || calls_.outgoing()->state == CallState::Dialing) {
+            calls_.progress();
+        }
+        calls_changed();
     }
 
     void ring_once() {

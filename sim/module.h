@@ -53,6 +53,8 @@ struct Pace {
     std::chrono::milliseconds hid_interrupt{1000};
     /// Between two advertisements of a Low Energy device.
     std::chrono::milliseconds advertising_interval{500};
+    /// Between two handfuls of advertisements in a crowded hall.
+    std::chrono::milliseconds hall_step{10};
     /// How long a Low Energy device that does not answer is tried.
     std::chrono::milliseconds le_connect_timeout{5000};
     /// Between two values that a peripheral notifies.
@@ -72,6 +74,8 @@ public:
     virtual void send(const Event& event) = 0;
     /// Announces a data transport and passes the client its end of it.
     virtual void hand_over(uint8_t id, UniqueFd fd) = 0;
+    /// The client does not keep up. What a radio would lose, too, is better not sent then.
+    virtual bool is_congested() const { return false; }
 };
 
 /// What all modules share.

@@ -100,7 +100,7 @@ std::vector<Track> tracks() {
 
 } // namespace
 
-Phone built_in_phone() {
+Phone plain_phone() {
     Phone phone;
     phone.model = "Sim Phone 1";
     phone.manufacturer = "vym";
@@ -110,10 +110,15 @@ Phone built_in_phone() {
     phone.signal = 4;
     phone.battery = 5;
     phone.in_band_ring = true;
-    phone.memory = {"+4930111222", "+491711112223"};
     phone.ring_number = "+4930123456";
-    phone.tracks = tracks();
     phone.player_name = "Music";
+    return phone;
+}
+
+Phone built_in_phone() {
+    Phone phone = plain_phone();
+    phone.memory = {"+4930111222", "+491711112223"};
+    phone.tracks = tracks();
     phone.contacts = fifty_contacts();
     phone.sim_contacts = {
         {"Voicemail", "", "", {{NumberKind::Other, "3311"}}, {}},

@@ -51,6 +51,13 @@ struct Track {
     uint32_t length_ms;
 };
 
+/// What becomes of calls that are placed from the phone.
+enum class FarEnd : uint8_t {
+    Answers,
+    RingsOn, // nobody is there
+    IsBusy,
+};
+
 struct Phone {
     std::string model;
     std::string manufacturer;
@@ -67,6 +74,7 @@ struct Phone {
     /// Somebody calls that long after a hands-free connection came up.
     std::optional<std::chrono::milliseconds> ring_after;
     std::string ring_number;
+    FarEnd far_end = FarEnd::Answers;
 
     /// In the order of playing; tracks of one album stand together.
     std::vector<Track> tracks;
@@ -81,6 +89,9 @@ struct Phone {
     bool music_on_air = false;
     bool call_audio = false;
 };
+
+/// A phone with a network and without music, contacts and past calls.
+Phone plain_phone();
 
 /// A phone with two albums, fifty contacts of which some are nasty, and a few past calls.
 Phone built_in_phone();

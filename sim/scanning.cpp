@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The vym authors
 
 // Scanning for Low Energy devices: what they advertise, again and again, past the filters.
+#include "hall.h"
 #include "low_energy.h"
 #include "modules.h"
 #include "scan_filters.h"
@@ -19,7 +20,8 @@ enum FilterAction : uint32_t { kActionAdd = 0, kActionDelete = 1, kActionClear =
 class Scanning : public Module {
 public:
     Scanning(Hub& hub, std::shared_ptr<LowEnergy> low_energy)
-        : Module(hub), low_energy_(std::move(low_energy)), timer_(hub.loop) {}
+        : Module(hub), low_energy_(std::move(low_energy)), timer_(hub.loop), hall_timer_(hub.loop),
+          hall_(hub.world.hall) {}
 
     std::vector<Command> commands() override {
         return {
@@ -53,13 +55,17 @@ private:
         } else if (!running_) {
             running_ = true;
             named_.clear();
+            hall_.begin();
+            hall_named_.assign(hall_.size(), false);
             wait();
+            wait_for_hall();
         }
     }
 
     void stop() {
         running_ = false;
         timer_.stop();
+        hall_timer_.stop();
     }
 
     void wait() {
@@ -67,9 +73,14 @@ private:
     }
 
     void listen() {
+        // What a client that does not keep up misses, it hears the next time.
         for (const Device& device : world().devices) {
-            if (is_advertising(device) && filters_.pass(device)) {
+            if (!hub().out.is_congested() && is_advertising(device) && filters_.pass(device)) {
                 report(device);
+                if (std::find(named_.begin(), named_.end(), device.address) == named_.end()) {
+                    named_.push_back(device.address);
+                    report_name(device);
+                }
             }
         }
         wait();
@@ -78,12 +89,37 @@ private:
     void report(const Device& device) {
         report(device, kAdvertisement, advertisement_of(device));
         report(device, kScanResponse, scan_response_of(device));
-        if (std::find(named_.begin(), named_.end(), device.address) == named_.end()) {
-            named_.push_back(device.address);
-            send(Event("KC", "device name")
-                     .address(device.address)
-                     .block(device.name)
-                     .note(device.name));
+    }
+
+    void report_name(const Device& device) {
+        send(Event("KC", "device name").address(device.address).block(device.name).note(device.name));
+    }
+
+    // The crowd: evenly over the time in which everybody advertises once, as far as the radio can
+    // follow.
+
+    void wait_for_hall() {
+        if (hall_.size() > 0) {
+            hall_timer_.start(hub().pace.hall_step, [this] { listen_to_hall(); });
+        }
+    }
+
+    void listen_to_hall() {
+        if (!hub().out.is_congested()) {
+            hall_.pass_time(hub().pace.hall_step, hub().pace.advertising_interval,
+                            [this](const Device& device, uint32_t number) { met(device, number); });
+        }
+        wait_for_hall();
+    }
+
+    void met(const Device& device, uint32_t number) {
+        if (!filters_.pass(device)) {
+            return;
+        }
+        report(device);
+        if (!hall_named_[number]) {
+            hall_named_[number] = true;
+            report_name(device);
         }
     }
 
@@ -246,6 +282,9 @@ private:
 
     std::shared_ptr<LowEnergy> low_energy_;
     Timer timer_;
+    Timer hall_timer_;
+    Hall hall_;
+    std::vector<bool> hall_named_;
     bool running_ = false;
     std::vector<Address> named_;
     ScanFilters filters_;

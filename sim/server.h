@@ -54,6 +54,7 @@ public:
 private:
     void send(const Event& event) override;
     void hand_over(uint8_t id, UniqueFd fd) override;
+    bool is_congested() const override { return client_ && client_->is_congested(); }
 
     void accept();
     void serve(Connection::Socket socket);

@@ -174,7 +174,7 @@ void World::forget_bond(const Address& address) {
     bonded.erase(std::remove(bonded.begin(), bonded.end(), address), bonded.end());
 }
 
-World built_in_world() {
+World empty_world() {
     World world;
     Adapter& a = world.adapter;
     a.version = "vym-sim 1.0";
@@ -188,6 +188,12 @@ World built_in_world() {
     a.oob_r192 = counting_from(0x30);
     a.oob_c256 = counting_from(0x50);
     a.oob_r256 = counting_from(0x70);
+    world.phone = plain_phone();
+    return world;
+}
+
+World built_in_world() {
+    World world = empty_world();
     world.devices = {annas_phone(),   kitchen_speaker(), heart_strap(),           car_kit(), keyboard(),
                      gnss_receiver(), laptop(),          climate_sensor_device(), tablet()};
     world.bonded = {world.devices[3].address, world.devices[4].address, world.devices[6].address};

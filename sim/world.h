@@ -122,6 +122,8 @@ struct World {
     Sound music;
     /// The file that the client's voice is written to; none when empty.
     std::string voice_recording;
+    /// How many further devices advertise all the time, and do nothing else.
+    uint32_t hall = 0;
 
     /// The device with this address, or nullptr.
     Device* find(const Address& address);
@@ -133,6 +135,9 @@ struct World {
 /// The world that is played when none is given: a phone, a speaker and a heart-rate strap to be found,
 /// a car kit, a keyboard and a laptop already bonded, and a GNSS receiver that does not show itself.
 World built_in_world();
+
+/// The same adapter with nobody around, and a phone with nothing in it.
+World empty_world();
 
 } // namespace sim
 

@@ -129,6 +129,27 @@ TEST(SimHandsFree, ACallIsEndedWhileItDials) {
     EXPECT_EQ(sim.answers("HJ0801"), (Strings{"HQ0005", "HJ00", "HX05", "HB00" + kPhone}));
 }
 
+TEST(SimHandsFree, ABusyNumberIsNotReached) {
+    sim::World world = sim::built_in_world();
+    world.phone.far_end = sim::FarEnd::IsBusy;
+    HandsFreeSim sim(phone_pace(), world);
+    sim.send("HH123");
+    EXPECT_EQ(sim.until("HB00"), (Strings{"HQ0003", "HJ02", "HX07", "HB01" + kPhone, "HB02" + kPhone,
+                                          "HJ00", "HX05", "HB00" + kPhone}));
+    EXPECT_EQ(sim.answers("HK"), Strings{"HQ0015"});
+}
+
+TEST(SimHandsFree, WhereNobodyAnswersItRingsOn) {
+    sim::World world = sim::built_in_world();
+    world.phone.far_end = sim::FarEnd::RingsOn;
+    HandsFreeSim sim(phone_pace(), world);
+    sim.send("HH123");
+    EXPECT_EQ(sim.until("HJ03"),
+              (Strings{"HQ0003", "HJ02", "HX07", "HB01" + kPhone, "HB02" + kPhone, "HJ03"}));
+    EXPECT_EQ(sim.answers("HK"), (Strings{"HO01000300123", "HQ0015"}));
+    EXPECT_EQ(sim.answers("HJ0800"), (Strings{"HQ0005", "HJ00", "HX05", "HB00" + kPhone}));
+}
+
 TEST(SimHandsFree, NumbersComeFromTheMemoryAndTheLastCall) {
     HandsFreeSim sim(slow_calls());
     EXPECT_EQ(sim.answers("HH"), Strings{"HQ0103"}); // nobody was called yet

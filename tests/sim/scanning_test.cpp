@@ -3,7 +3,11 @@
 
 #include "low_energy_sim.h"
 
+#include "hall.h"
+#include "modules.h"
 #include "scan_filters.h"
+
+#include <set>
 
 namespace {
 
@@ -15,7 +19,8 @@ sim::Pace scanning_pace() {
 
 class ScanSim : public PhoneSim {
 public:
-    explicit ScanSim(const sim::Pace& pace = scanning_pace()) : PhoneSim(pace) {
+    explicit ScanSim(const sim::Pace& pace = scanning_pace(), sim::World world = sim::built_in_world())
+        : PhoneSim(pace, std::move(world)) {
         EXPECT_EQ(answers("KA" + kNoUuid), Strings{"KA0001" + kNoUuid});
     }
 
@@ -403,6 +408,148 @@ TEST(SimAdvertising, DataThatCannotBeIsRefused) {
     sim.stop();
     EXPECT_TRUE(sim.logged("refused: 32 bytes of advertising data, at most 31 are possible"));
     EXPECT_TRUE(sim.logged("refused: the advertising data does not consist of whole structures"));
+}
+
+// A crowded hall.
+
+sim::World hall_of(uint32_t size) {
+    sim::World world = sim::empty_world();
+    world.hall = size;
+    return world;
+}
+
+/// How many are met in each of some steps of that length.
+std::vector<size_t> met(sim::Hall& hall, int step_ms, int interval_ms, size_t steps) {
+    std::vector<size_t> counts(steps);
+    for (size_t& count : counts) {
+        hall.pass_time(std::chrono::milliseconds(step_ms), std::chrono::milliseconds(interval_ms),
+                       [&count](const sim::Device&, uint32_t) { ++count; });
+    }
+    return counts;
+}
+
+TEST(SimHall, EachAdvertiserHasItsOwnAddressAndName) {
+    std::set<std::string> addresses;
+    std::set<std::string> names;
+    for (const uint32_t number : {0U, 1U, 255U, 256U, 65535U, 65536U, 99999U}) {
+        const sim::Device device = sim::hall_advertiser(number);
+        addresses.insert(to_string(device.address));
+        names.insert(device.name);
+    }
+    EXPECT_EQ(addresses,
+              (std::set<std::string>{"F44841000000", "F44841000001", "F448410000FF", "F44841000100",
+                                     "F4484100FFFF", "F44841010000", "F4484101869F"}));
+    EXPECT_EQ(names, (std::set<std::string>{"Badge 1", "Badge 2", "Badge 256", "Badge 257",
+                                            "Badge 65536", "Badge 65537", "Badge 100000"}));
+}
+
+TEST(SimHall, AdvertisementsAreSpreadEvenlyOverTheInterval) {
+    sim::Hall thousand(1000);
+    EXPECT_EQ(met(thousand, 10, 500, 3), (std::vector<size_t>{20, 20, 20}));
+    sim::Hall three(3);
+    std::vector<size_t> expected(50);
+    expected[16] = expected[33] = expected[49] = 1;
+    EXPECT_EQ(met(three, 10, 500, 50), expected);
+    sim::Hall nobody(0);
+    EXPECT_EQ(met(nobody, 10, 500, 1), std::vector<size_t>{0});
+}
+
+TEST(SimHall, NoMoreAreMetThanARadioCanFollow) {
+    sim::Hall hall(100000);
+    EXPECT_EQ(met(hall, 10, 500, 3), (std::vector<size_t>{100, 100, 100}));
+    sim::Hall tiny(1);
+    EXPECT_EQ(met(tiny, 10, 1, 1), std::vector<size_t>{10});
+}
+
+TEST(SimHall, AScanMeetsEverybodyAgainAndAgainButNamesThemOnce) {
+    sim::Pace pace = scanning_pace();
+    pace.hall_step = std::chrono::milliseconds(1);
+    ScanSim sim(pace, hall_of(2));
+    const std::string first =
+        "KBF44841000000DD00000D\x02\x01\x06\x03\x03\xDC\xDE\x18\x03\x19\xDC\xDD\x02";
+    const std::string second = "KBF44841000001D600000C\x02\x01\x06\x03\x03\x0F\x18\x03\x19\xDC\xDD\x02";
+    const std::string first_response = "KBF44841000000DD010009\x08\x09"
+                                       "Badge 1";
+    const std::string second_response = "KBF44841000001D6010009\x08\x09"
+                                        "Badge 2";
+    const Strings round{first,          first_response,  "KCF448410000000007Badge 1",
+                        second,         second_response, "KCF448410000010007Badge 2",
+                        first,          first_response,  second,
+                        second_response};
+    EXPECT_EQ(sim.scan(10), round);
+    // A new scan names them anew.
+    EXPECT_EQ(sim.scan(10), round);
+}
+
+TEST(SimHall, AHallOfFiveThousandIsMetByOneScan) {
+    sim::Pace pace = scanning_pace();
+    pace.hall_step = std::chrono::milliseconds(10);
+    ScanSim sim(pace, hall_of(5000));
+    sim.send("KC01");
+    std::set<std::string> names;
+    while (names.size() < 5000) {
+        const std::string event = sim.client.event();
+        ASSERT_NE(event, "");
+        if (event.rfind("KC", 0) == 0) {
+            EXPECT_TRUE(names.insert(event).second) << event;
+        }
+    }
+}
+
+TEST(SimHall, BatchesHoldTheHallToo) {
+    ScanSim sim(scanning_pace(), hall_of(1));
+    EXPECT_EQ(sim.answers("KXJ01001400140032"), Strings{"KZJ0100"});
+    sim.send("KXK0100020064003200000000");
+    EXPECT_EQ(sim.client.events(2), (Strings{"KZK000000010100", "KZM01"}));
+    EXPECT_EQ(sim.answers("KXL01"), Strings{"KZK000000000100"});
+    const std::string report = sim.answers("KXM010002").front();
+    const std::string badge = std::string("\x00\x00\x00\x41\x48\xF4\x01\x7F\xDD??", 11) +
+                              std::string("\x0B\x02\x01\x06\x03\x03\x0D\x18\x03\x19\x00\x02", 12);
+    EXPECT_EQ(records_of(report, {9}).substr(0, 23), badge);
+}
+
+/// Counts what is sent, and does not keep up when told so.
+class CountingOutbox : public sim::Outbox {
+public:
+    void send(const sim::Event&) override { ++count; }
+    void hand_over(uint8_t, sim::UniqueFd) override {}
+    bool is_congested() const override { return congested; }
+
+    size_t count = 0;
+    bool congested = false;
+};
+
+TEST(SimHall, AClientThatDoesNotKeepUpIsSpared) {
+    asio::io_context loop(1);
+    sim::World world = sim::built_in_world();
+    world.adapter.powered = true;
+    world.hall = 100000;
+    CountingOutbox out;
+    std::ostringstream text;
+    sim::Log log(sim::LogLevel::Quiet, text);
+    const sim::Pace pace = scanning_pace();
+    sim::Hub hub{loop, world, out, log, pace, {}, {}, {}};
+    const std::unique_ptr<sim::Module> scanning =
+        sim::make_scanning(hub, std::make_shared<sim::LowEnergy>(hub));
+    for (const sim::Command& command : scanning->commands()) {
+        if (command.tag == "KC") {
+            sim::Fields fields("01");
+            command.run(fields);
+        }
+    }
+    while (out.count == 0) {
+        loop.run_one();
+    }
+    out.congested = true;
+    const size_t before = out.count;
+    for (int i = 0; i < 20; ++i) {
+        loop.run_one();
+    }
+    EXPECT_EQ(out.count, before);
+    out.congested = false;
+    while (out.count == before) {
+        loop.run_one();
+    }
 }
 
 } // namespace
