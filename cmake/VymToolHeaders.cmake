@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 The vym authors
 
-# The header-only libraries that the programs around the library use: asio and CLI11. They do not depend on
-# the machine, so a cross build takes them from the host - through a directory that holds them alone,
-# because the host's include directory as a whole would hide the target's C library.
+# The header-only libraries that the programs around the library use: asio, CLI11 and nlohmann's JSON.
+# They do not depend on the machine, so a cross build takes them from the host - through a directory that
+# holds them alone, because the host's include directory as a whole would hide the target's C library.
 
-set(VYM_TOOL_HEADERS asio asio.hpp CLI)
+set(VYM_TOOL_HEADERS asio asio.hpp CLI nlohmann)
 
 # A cross compiler's own search would be confined to the target's files.
 macro(vym_find_tool_headers)

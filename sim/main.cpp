@@ -3,6 +3,8 @@
 
 // vym-sim: a Bluetooth server without a radio.
 #include "server.h"
+#include "text_file.h"
+#include "world_file.h"
 
 #include <CLI/CLI.hpp>
 #include <asio/signal_set.hpp>
@@ -18,7 +20,7 @@ constexpr int kUsageError = 2;
 
 struct Settings {
     sim::Options options;
-    sim::World world = sim::built_in_world();
+    sim::World world;
 };
 
 /// Refuses what a caller's number cannot be; for CLI11, which takes the text as the reason.
@@ -62,8 +64,9 @@ sim::Sound music_of(const std::string& path) {
 struct SoundFiles {
     std::string voice;
     std::string music;
+    std::string recording;
 
-    void add_options(CLI::App& app, std::string& recording) {
+    void add_options(CLI::App& app) {
         app.add_option("--voice", voice, "What a call sounds like: a WAV file, played over and over")
             ->type_name("FILE");
         app.add_option("--music", music, "What the player plays: a WAV file, played over and over")
@@ -79,15 +82,35 @@ struct SoundFiles {
         if (!music.empty()) {
             world.music = music_of(music);
         }
+        world.voice_recording = recording;
     }
 };
+
+void add_world_options(CLI::App& app, std::string& file, uint32_t& hall) {
+    app.add_option("--world", file, "Play the world that FILE describes (docs/simulator.md says how)")
+        ->type_name("FILE");
+    app.add_option("--hall", hall, "Let that many further devices advertise")
+        ->type_name("NUMBER")
+        ->check(CLI::Range(uint32_t{0}, sim::kLargestHall));
+    app.add_flag_callback(
+        "--print-world",
+        [] {
+            if (!(std::cout << sim::built_in_world_text() << std::flush)) {
+                throw std::runtime_error("cannot write to standard output");
+            }
+            throw CLI::Success();
+        },
+        "Write the built-in world as such a file to standard output, and do nothing else");
+}
 
 /// Fills the settings from the command line. Throws CLI::ParseError, also for --help and --version.
 Settings parse(CLI::App& app, int argc, char** argv) {
     Settings settings;
     sim::Options& options = settings.options;
-    sim::Phone& phone = settings.world.phone;
+    std::string world_file;
+    uint32_t hall = 0;
     unsigned ring_after_ms = 0;
+    std::string ring_number;
     bool log = false;
     bool quiet = false;
     app.add_option("--dir", options.dir, "Directory of the socket: vym-sim listens on DIR/vym_socket")
@@ -100,19 +123,27 @@ Settings parse(CLI::App& app, int argc, char** argv) {
     app.add_option("--traffic", options.traffic_file,
                    "Write the bytes that cross the socket to FILE, as text")
         ->type_name("FILE");
-    add_ring_options(app, ring_after_ms, phone.ring_number);
+    add_ring_options(app, ring_after_ms, ring_number);
+    add_world_options(app, world_file, hall);
     SoundFiles sounds;
-    sounds.add_options(app, settings.world.voice_recording);
+    sounds.add_options(app);
     app.set_version_flag("--version", kVersion);
     app.parse(argc, argv);
-    sounds.load(settings.world);
     if (quiet) {
         options.log = sim::LogLevel::Quiet;
     } else if (log) {
         options.log = sim::LogLevel::All;
     }
+    settings.world = app.count("--world") > 0 ? sim::load_world(world_file) : sim::built_in_world();
+    sounds.load(settings.world);
+    if (app.count("--hall") > 0) {
+        settings.world.hall = hall;
+    }
     if (app.count("--ring-after") > 0) {
-        phone.ring_after = std::chrono::milliseconds(ring_after_ms);
+        settings.world.phone.ring_after = std::chrono::milliseconds(ring_after_ms);
+    }
+    if (app.count("--ring-number") > 0) {
+        settings.world.phone.ring_number = ring_number;
     }
     return settings;
 }
@@ -149,6 +180,10 @@ int main(int argc, char** argv) {
             std::cerr << "vym-sim: " << error.what() << " (vym-sim --help shows the options)\n";
             return kUsageError;
         }
+    } catch (const sim::FileError& error) {
+        // Without the program's name: editors and terminals make a link of it.
+        std::cerr << error.what() << "\n";
+        return kUsageError;
     } catch (const std::exception& error) {
         std::cerr << "vym-sim: " << error.what() << "\n";
         return 1;

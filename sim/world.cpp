@@ -198,9 +198,6 @@ World built_in_world() {
                      gnss_receiver(), laptop(),          climate_sensor_device(), tablet()};
     world.bonded = {world.devices[3].address, world.devices[4].address, world.devices[6].address};
     world.phone = built_in_phone();
-    // Eleven whole waves, and one.
-    world.voice = tone(8000, 1, 440.0, 200);
-    world.music = tone(44100, 2, 441.0, 100);
     return world;
 }
 

@@ -117,9 +117,9 @@ struct World {
     std::vector<Address> bonded;
     /// What is in the phone that offers calls, music and contacts.
     Phone phone;
-    /// What the audio descriptor carries.
-    Sound voice;
-    Sound music;
+    /// What the audio descriptor carries: tones of eleven whole waves, and of one.
+    Sound voice = tone(8000, 1, 440.0, 200);
+    Sound music = tone(44100, 2, 441.0, 100);
     /// The file that the client's voice is written to; none when empty.
     std::string voice_recording;
     /// How many further devices advertise all the time, and do nothing else.

@@ -218,6 +218,9 @@ TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
         {{"--dir", dir.path(), "--ring-after", "-1"}, "--ring-after"},
         {{"--dir", dir.path(), "--ring-after", "1", "--ring-number", "Anna"}, "no telephone number"},
         {{"--dir", dir.path(), "--ring-number", "123"}, "--ring-after"},
+        {{"--dir", dir.path(), "--hall", "100001"}, "--hall"},
+        {{"--dir", dir.path(), "--hall", "many"}, "many"},
+        {{"--dir", dir.path(), "--world", dir.file("none")}, "No such file or directory"},
         {{"--dir", dir.file("none")}, "No such file or directory"},
         {{"--dir", dir.path(), "--traffic", dir.file("none/file")}, "cannot write the traffic file"},
         {{"--dir", dir.path(), "--voice", dir.file("none.wav")}, "cannot read the sound"},
@@ -235,11 +238,42 @@ TEST(SimProgram, BadCommandLinesGetOneLineAndFail) {
     }
 }
 
+TEST(SimProgram, TheBuiltInWorldIsPrintedAndPlayedAgain) {
+    Program printing({"--print-world"});
+    EXPECT_EQ(printing.exit_code(), 0);
+    EXPECT_EQ(printing.errors(), "");
+    std::string text = printing.output();
+    const std::string name = "\"vym-sim 1.0\"";
+    ASSERT_NE(text.find(name), std::string::npos);
+    text.replace(text.find(name), name.size(), "\"mine\"");
+    const TemporaryDirectory dir;
+    std::ofstream(dir.file("world.json")) << text;
+    Program program({"--dir", dir.path(), "--world", dir.file("world.json"), "--hall", "10"});
+    ASSERT_EQ(program.line(), "vym-sim: listening on " + dir.path() + "/vym_socket\n");
+    TestClient client(dir.path());
+    client.send("AT#PV\r\n");
+    EXPECT_EQ(client.event(), "PVmine");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exit_code(), 0);
+}
+
+TEST(SimProgram, AMistakeInAWorldIsOneLineThatBeginsWithItsPlace) {
+    const TemporaryDirectory dir;
+    std::ofstream(dir.file("world.json")) << "{\n\"hall\": -1 }";
+    Program program({"--dir", dir.path(), "--world", dir.file("world.json")});
+    EXPECT_EQ(program.exit_code(), 2);
+    EXPECT_EQ(program.output(), "");
+    EXPECT_EQ(program.errors(),
+              dir.file("world.json") +
+                  ":2: hall: -1 is out of range; expected a whole number from 0 to 100000\n");
+}
+
 TEST(SimProgram, HelpAndVersionGoToStandardOutput) {
     Program help({"--help"});
     EXPECT_EQ(help.exit_code(), 0);
-    for (const char* option : {"--dir", "--log", "--quiet", "--traffic", "--ring-after",
-                               "--ring-number", "--voice", "--music", "--record", "--version"}) {
+    for (const char* option :
+         {"--dir", "--log", "--quiet", "--traffic", "--ring-after", "--ring-number", "--voice",
+          "--music", "--record", "--world", "--hall", "--print-world", "--version"}) {
         EXPECT_NE(help.output().find(option), std::string::npos) << option;
     }
     Program version({"--version"});
