@@ -316,7 +316,8 @@ private:
         return true;
     }
 
-    // A value inside a record ends where the record's length says.
+    // A value inside a record ends where the record's length says, early if need be: that no device is
+    // bonded is a total of 0 and nothing else.
     bool read_chosen(const Layout& layout, Value* value, const Scope& scope) {
         const Value* length = scope.find("length");
         if (length == nullptr) {
@@ -327,7 +328,7 @@ private:
             return false;
         }
         Reader inside(*taken);
-        if (!inside.read(layout.fields, &value->members, &scope)) {
+        if (!inside.read(layout.fields, &value->members, &scope) && !inside.only_ended()) {
             return fail(*value->field, inside.problem());
         }
         return true;

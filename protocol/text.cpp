@@ -112,6 +112,9 @@ std::string to_text(const Value& value) {
     case Type::Bytes:
     case Type::SizedBytes:
         return bytes_text(value.bytes);
+    case Type::Group:
+    case Type::Choice:
+        return "{}";
     default:
         return std::to_string(value.number);
     }

@@ -109,6 +109,14 @@ TEST(ProtocolCodec, ASavedDeviceIsReadToItsName) {
     EXPECT_NE(text.find("name=\"Car\""), std::string::npos) << text;
 }
 
+TEST(ProtocolCodec, ARecordMayEndBeforeItsFields) {
+    EXPECT_EQ(Event("BB000100060F01\xDC\xDD"),
+              "status=0 count=1 value={properties=[{type=15 length=1 value={device={total=0}}}]}");
+    ExpectSameAgain(Direction::Event, "BB000100060F01\xDC\xDD");
+    EXPECT_EQ(Event("BB000100040400"),
+              "status=0 count=1 value={properties=[{type=4 length=0 value={}}]}");
+}
+
 TEST(ProtocolCodec, ListsOfSettingsAreRead) {
     EXPECT_EQ(Command("RF665544332211020004" + Bytes({2, 3, 1, 2})),
               "address=66:55:44:33:22:11 count=2 settings={ids=[2, 3] values=[1, 2]}");

@@ -119,9 +119,10 @@ protected:
     }
 
     void Send(const std::string& text) {
+        const support::SocketPair transport;
         Server().Send(support::Event(text));
         if (text.substr(0, 2) == "PD") {
-            Server().SendDescriptor(STDIN_FILENO);
+            Server().SendDescriptor(transport.Far());
         }
         EXPECT_TRUE(Session().EventsAreHandled());
     }
