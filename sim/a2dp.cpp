@@ -24,11 +24,8 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("AA", "connect A2DP", &A2dp::connect),
-            row("AB", "disconnect A2DP", &A2dp::disconnect),
-            row("AC", "audio focus", &A2dp::focus),
-            row("AD", "audio gain", &A2dp::gain),
-            row("AQ", "switch music hardware", &A2dp::switch_hardware),
+            row("AA", &A2dp::connect), row("AB", &A2dp::disconnect),      row("AC", &A2dp::focus),
+            row("AD", &A2dp::gain),    row("AQ", &A2dp::switch_hardware),
         };
     }
 
@@ -46,12 +43,12 @@ private:
             stream_changed();
             media_->stream_link(address, false);
         }
-        send(Event("AA", "A2DP state").address(address).byte(static_cast<uint8_t>(state), "state"));
+        send(Event("AA").address(address).byte(static_cast<uint8_t>(state)));
         if (state == ProfileLink::State::Up) {
-            send(Event("AC", "audio configuration")
+            send(Event("AC")
                      .address(address)
-                     .dword(world().music.rate, "rate")
-                     .byte(static_cast<uint8_t>(world().music.channels), "channels"));
+                     .dword(world().music.rate)
+                     .byte(static_cast<uint8_t>(world().music.channels)));
             stream_changed();
             media_->stream_link(address, true);
         }
@@ -60,9 +57,7 @@ private:
     void stream_changed() {
         const bool on = link_.is_up() && media_->player.is_sounding();
         if (on != streaming_ && link_.is_up()) {
-            send(Event("AB", "audio state")
-                     .address(link_.peer())
-                     .byte(on ? kStreamStarted : kStreamStopped, "state"));
+            send(Event("AB").address(link_.peer()).byte(on ? kStreamStarted : kStreamStopped));
         }
         streaming_ = on;
         world().phone.music_on_air = on && has_focus_;

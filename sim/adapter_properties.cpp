@@ -34,33 +34,6 @@ constexpr std::array<uint8_t, 9> kAll{
     kName,      kAddress,          kUuids, kClass, kScanMode, kBondedAddresses, kDiscoverableTimeout,
     kMaxBonded, kDiscoveryInterval};
 
-std::string name_of(uint8_t type) {
-    switch (type) {
-    case kName:
-        return "name";
-    case kAddress:
-        return "address";
-    case kUuids:
-        return "UUIDs";
-    case kClass:
-        return "class";
-    case kScanMode:
-        return "scan mode";
-    case kBondedAddresses:
-        return "bonded addresses";
-    case kDiscoverableTimeout:
-        return "discoverable time-out";
-    case kBondedDevices:
-        return "bonded device";
-    case kMaxBonded:
-        return "most bonded devices";
-    case kDiscoveryInterval:
-        return "discovery interval";
-    default:
-        return "unknown property " + std::to_string(type);
-    }
-}
-
 std::string uuid_list(const std::vector<Octets16>& uuids) {
     std::string value;
     for (const Octets16& uuid : uuids) {
@@ -95,11 +68,9 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("BA", "get adapter property", &AdapterProperties::get),
-            row("BB", "set adapter property", &AdapterProperties::set),
-            row("BG", "get adapter properties", &AdapterProperties::get_all),
-            row("BTE", "announce service UUID", &AdapterProperties::add_uuid),
-            row("BF", "set bond mode", &AdapterProperties::set_bond_mode),
+            row("BA", &AdapterProperties::get),           row("BB", &AdapterProperties::set),
+            row("BG", &AdapterProperties::get_all),       row("BTE", &AdapterProperties::add_uuid),
+            row("BF", &AdapterProperties::set_bond_mode),
         };
     }
 
@@ -120,9 +91,9 @@ private:
         const std::string value = fields.block("value");
         fields.end();
         if (!is_settable(type)) {
-            refuse(kFail, type);
+            refuse(kFail);
         } else if (!store(type, value)) {
-            refuse(kInvalid, type);
+            refuse(kInvalid);
         } else {
             report(type);
         }
@@ -154,7 +125,7 @@ private:
         case kDiscoveryInterval:
             return answer(type, le32(a.discovery_interval));
         default:
-            return refuse(kFail, type);
+            return refuse(kFail);
         }
     }
 
@@ -175,20 +146,10 @@ private:
     }
 
     void answer(uint8_t type, std::string_view value) {
-        send(Event("BB", "adapter properties")
-                 .byte(kSuccess, "status")
-                 .byte(1)
-                 .block(property_record(type, value))
-                 .note(name_of(type) + " \"" + printable(value, 60) + '"'));
+        send(Event("BB").byte(kSuccess).byte(1).block(property_record(type, value)));
     }
 
-    void refuse(Status status, uint8_t type) {
-        send(Event("BB", "adapter properties")
-                 .byte(status, "status")
-                 .byte(0)
-                 .block("")
-                 .note(name_of(type) + " refused"));
-    }
+    void refuse(Status status) { send(Event("BB").byte(status).byte(0).block("")); }
 
     static bool is_settable(uint8_t type) {
         static constexpr std::array<uint8_t, 5> kSettable{kName, kScanMode, kDiscoverableTimeout,

@@ -52,15 +52,11 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("KD", "listen", &Advertising::listen),
-            row("KZA", "listen with intervals", &Advertising::listen_with_intervals),
-            row("KZC", "advertise", &Advertising::advertise),
-            row("KXO", "enable advertising instance", &Advertising::enable),
-            row("KXP", "update advertising instance", &Advertising::update),
-            row("KXN", "disable advertising instance", &Advertising::disable),
-            row("KXQ", "set advertising data", &Advertising::set_client_data),
-            row("KXR", "set advertising data", &Advertising::set_server_data),
-            row("KZB", "set raw advertising data", &Advertising::set_raw_data),
+            row("KD", &Advertising::listen),           row("KZA", &Advertising::listen_with_intervals),
+            row("KZC", &Advertising::advertise),       row("KXO", &Advertising::enable),
+            row("KXP", &Advertising::update),          row("KXN", &Advertising::disable),
+            row("KXQ", &Advertising::set_client_data), row("KXR", &Advertising::set_server_data),
+            row("KZB", &Advertising::set_raw_data),
         };
     }
 
@@ -83,7 +79,7 @@ private:
         if (timeout_s > 0) {
             entry = agenda_.add(hub().pace.discoverable_second * timeout_s, [this, key] {
                 end(key);
-                answer("KZH", "advertising instance ended", key.second, kGattSuccess);
+                answer("KZH", key.second, kGattSuccess);
             });
         }
         advertisements_[key] = {inviting, entry};
@@ -119,8 +115,8 @@ private:
         return world().adapter.powered && known ? kGattSuccess : kGattError;
     }
 
-    void answer(const char* tag, const char* name, uint8_t id, GattStatus status) {
-        send(Event(tag, name).byte(id, "client").byte(status, "status"));
+    void answer(const char* tag, uint8_t id, GattStatus status) {
+        send(Event(tag).byte(id).byte(status));
     }
 
     // Simple advertising.
@@ -136,7 +132,7 @@ private:
             hub().log.note(on ? "the client advertises" : "the client no longer advertises");
         }
         // Unlike its neighbours with the status first.
-        send(Event("KZA", "advertising").byte(status, "status").byte(client_if, "client"));
+        send(Event("KZA").byte(status).byte(client_if));
     }
 
     void listen(Fields& fields) {
@@ -176,28 +172,27 @@ private:
         return p;
     }
 
-    void instance(const char* tag, const char* name, Fields& fields, bool updating) {
+    void instance(const char* tag, Fields& fields, bool updating) {
         const uint8_t client_if = fields.byte("client");
         const AdvertisingParameters p = parameter_fields(fields);
         const Key key{Source::Instance, client_if};
         const bool is_there = advertisements_.count(key) > 0;
         const GattStatus status =
             permission(are_good(p) && low_energy_->is_client(client_if) && is_there == updating);
-        answer(tag, name, client_if, status);
+        answer(tag, client_if, status);
         if (status == kGattSuccess) {
             begin(key, p.type == kConnectable || p.type == kConnectableDirected, p.timeout_s);
         }
     }
 
-    void enable(Fields& fields) { instance("KZE", "advertising instance enabled", fields, false); }
-    void update(Fields& fields) { instance("KZF", "advertising instance updated", fields, true); }
+    void enable(Fields& fields) { instance("KZE", fields, false); }
+    void update(Fields& fields) { instance("KZF", fields, true); }
 
     void disable(Fields& fields) {
         const uint8_t client_if = fields.byte("client");
         fields.end();
         const bool was_there = end({Source::Instance, client_if});
-        answer("KZH", "advertising instance disabled", client_if,
-               was_there ? kGattSuccess : kGattError);
+        answer("KZH", client_if, was_there ? kGattSuccess : kGattError);
     }
 
     // What is advertised.
@@ -267,7 +262,7 @@ private:
             hub().log.note(std::string(response ? "scan response: " : "advertisement: ") +
                            hex_text(data));
         }
-        answer("KZG", "advertising data set", id, status);
+        answer("KZG", id, status);
     }
 
     void set_client_data(Fields& fields) {

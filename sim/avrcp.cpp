@@ -85,16 +85,11 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("RA", "connect remote control", &Avrcp::connect),
-            row("RB", "disconnect remote control", &Avrcp::disconnect),
-            row("RC", "key", &Avrcp::key),
-            row("RD", "group key", &Avrcp::group_key),
-            row("RE", "get player settings", &Avrcp::get_settings),
-            row("RF", "set player settings", &Avrcp::set_settings),
-            row("RG", "volume is set", &Avrcp::volume_set),
-            row("RH", "volume notification", &Avrcp::volume_notification),
-            row("RN", "get play status", &Avrcp::play_status),
-            row("RZB", "get attributes", &Avrcp::get_attributes),
+            row("RA", &Avrcp::connect),      row("RB", &Avrcp::disconnect),
+            row("RC", &Avrcp::key),          row("RD", &Avrcp::group_key),
+            row("RE", &Avrcp::get_settings), row("RF", &Avrcp::set_settings),
+            row("RG", &Avrcp::volume_set),   row("RH", &Avrcp::volume_notification),
+            row("RN", &Avrcp::play_status),  row("RZB", &Avrcp::get_attributes),
         };
     }
 
@@ -119,23 +114,20 @@ private:
             media_->control.emplace();
             media_->control->peer = address;
         }
-        send(Event("RC", "remote control").byte(up ? 1 : 0, "connected").address(address));
+        send(Event("RC").byte(up ? 1 : 0).address(address));
         if (up) {
             greet(address);
         }
     }
 
     void greet(const Address& address) {
-        send(Event("RD", "features").address(address).byte(kFeatures).dword(kCoverArtPsm));
+        send(Event("RD").address(address).byte(kFeatures).dword(kCoverArtPsm));
         report_status();
         report_track({kUid, kTitle, kArtist, kAlbum, kPlayingTime});
         volume_label_ = next_label();
         notification_label_ = next_label();
-        send(Event("RH", "set volume")
-                 .address(address)
-                 .byte(kFirstVolume, "volume")
-                 .byte(*volume_label_, "label"));
-        send(Event("RI", "register for volume").address(address).byte(*notification_label_, "label"));
+        send(Event("RH").address(address).byte(kFirstVolume).byte(*volume_label_));
+        send(Event("RI").address(address).byte(*notification_label_));
     }
 
     uint8_t next_label() { return label_ = static_cast<uint8_t>((label_ + 1) % kLabels); }
@@ -144,18 +136,18 @@ private:
 
     void report_status() {
         if (media_->control) {
-            send(Event("RL", "play status")
+            send(Event("RL")
                      .address(media_->control->peer)
-                     .byte(static_cast<uint8_t>(player().status()), "status"));
+                     .byte(static_cast<uint8_t>(player().status())));
         }
     }
 
     void report_position() {
         if (media_->control && player().track() != nullptr) {
-            send(Event("RK", "position")
+            send(Event("RK")
                      .address(media_->control->peer)
-                     .dword(player().track()->length_ms, "of")
-                     .dword(player().position_ms(), "at"));
+                     .dword(player().track()->length_ms)
+                     .dword(player().position_ms()));
         }
     }
 
@@ -202,11 +194,9 @@ private:
                 values += value + '\0';
             }
         }
-        const Track* track = player().track();
-        send(Event("RJ", "track")
+        send(Event("RJ")
                  .address(media_->control->peer)
-                 .block(hex_digit(digits.size()) + digits + values)
-                 .note(track == nullptr ? "none" : '"' + printable(track->title) + '"'));
+                 .block(hex_digit(digits.size()) + digits + values));
     }
 
     // Keys.
@@ -225,7 +215,7 @@ private:
             hub().log.note("the player has no key " + std::to_string(key));
             return;
         }
-        send(Event("RA", "key answer").byte(key, "key").byte(state, "state"));
+        send(Event("RA").byte(key).byte(state));
         if (held_key) {
             state == kPressed ? player().seek(key == kFastForward) : player().end_seek();
         } else if (state == kPressed) {
@@ -254,7 +244,7 @@ private:
             hub().log.note("the player has no group key " + std::to_string(group));
             return;
         }
-        send(Event("RB", "group key answer").byte(group, "key").byte(state, "state"));
+        send(Event("RB").byte(group).byte(state));
         if (state == kPressed) {
             player().skip_album(group == kNextGroup);
         }
@@ -284,7 +274,7 @@ private:
             const std::vector<uint8_t>& values = Player::values_of(id);
             std::string choice{static_cast<char>(id), static_cast<char>(values.size())};
             choice.append(values.begin(), values.end());
-            send(Event("RF", "values of setting").address(address).block(choice));
+            send(Event("RF").address(address).block(choice));
         }
         if (known.size() < asked.size()) {
             hub().log.note("the player does not know all of these settings");
@@ -299,7 +289,7 @@ private:
         for (const uint8_t id : ids) {
             block += static_cast<char>(player().value_of(id));
         }
-        send(Event("RG", "settings").address(media_->control->peer).block(block));
+        send(Event("RG").address(media_->control->peer).block(block));
     }
 
     void set_settings(Fields& fields) {
@@ -320,7 +310,7 @@ private:
             const std::vector<uint8_t>& choice = Player::values_of(ids[i]);
             good = good && std::find(choice.begin(), choice.end(), values[i]) != choice.end();
         }
-        send(Event("RE", "settings answer").address(address).byte(good ? 1 : 0, "accepted"));
+        send(Event("RE").address(address).byte(good ? 1 : 0));
         if (good) {
             change_settings(ids, values);
         }

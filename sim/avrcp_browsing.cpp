@@ -67,15 +67,15 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("RI", "list folder", &Browsing::list_folder),
-            row("RJ", "change folder", &Browsing::change_folder),
-            row("RK", "count items", &Browsing::count_items),
-            row("RL", "play item", &Browsing::play_item),
-            row("RM", "list players", &Browsing::list_players),
-            row("RO", "list queue", &Browsing::list_queue),
-            row("RP", "set browsed player", &Browsing::set_browsed_player),
-            row("RQ", "set addressed player", &Browsing::set_addressed_player),
-            row("RV", "cancel browsing", &Browsing::cancel),
+            row("RI", &Browsing::list_folder),
+            row("RJ", &Browsing::change_folder),
+            row("RK", &Browsing::count_items),
+            row("RL", &Browsing::play_item),
+            row("RM", &Browsing::list_players),
+            row("RO", &Browsing::list_queue),
+            row("RP", &Browsing::set_browsed_player),
+            row("RQ", &Browsing::set_addressed_player),
+            row("RV", &Browsing::cancel),
         };
     }
 
@@ -221,11 +221,7 @@ private:
     }
 
     void send_item(BrowseStatus status, uint16_t count, const std::string& item) {
-        send(Event("RM", "item")
-                 .address(media_->control->peer)
-                 .byte(status, "status")
-                 .word(count, "of")
-                 .block(item));
+        send(Event("RM").address(media_->control->peer).byte(status).word(count).block(item));
     }
 
     void end_list() {
@@ -254,10 +250,7 @@ private:
         }
         const BrowseStatus status = move(direction, uid);
         const size_t count = status == kDone ? items_here().size() : 0;
-        send(Event("RN", "folder")
-                 .address(address)
-                 .byte(status, "status")
-                 .dword(static_cast<uint32_t>(count), "items"));
+        send(Event("RN").address(address).byte(status).dword(static_cast<uint32_t>(count)));
     }
 
     BrowseStatus move(uint8_t direction, const std::string& uid) {
@@ -281,10 +274,8 @@ private:
         const Address address = fields.address();
         fields.end();
         if (media_->controls(hub(), address)) {
-            send(Event("RO", "item count")
-                     .address(address)
-                     .byte(kDone, "status")
-                     .dword(static_cast<uint32_t>(items_here().size()), "items"));
+            send(Event("RO").address(address).byte(kDone).dword(
+                static_cast<uint32_t>(items_here().size())));
         }
     }
 
@@ -303,7 +294,7 @@ private:
         } else if (!track) {
             status = folder_of(uid) ? kNotPlayable : kDoesNotExist;
         }
-        send(Event("RP", "play answer").address(address).byte(status, "status"));
+        send(Event("RP").address(address).byte(status));
         if (status == kDone) {
             media_->player.play_track(*track);
         }
@@ -322,12 +313,12 @@ private:
         if (known) {
             media_->control->folder.reset();
         }
-        send(Event("RR", "browsed player")
+        send(Event("RR")
                  .address(address)
-                 .byte(known ? kDone : kBadPlayer, "status")
-                 .word(static_cast<uint16_t>(known ? items_here().size() : 0), "items")
+                 .byte(known ? kDone : kBadPlayer)
+                 .word(static_cast<uint16_t>(known ? items_here().size() : 0))
                  .word(kUtf8)
-                 .byte(0, "depth"));
+                 .byte(0));
     }
 
     void set_addressed_player(Fields& fields) {
@@ -335,7 +326,7 @@ private:
         const uint16_t id = fields.word("player");
         fields.end();
         if (media_->controls(hub(), address)) {
-            send(Event("RS", "addressed player").byte(id == kPlayerId ? kDone : kBadPlayer, "status"));
+            send(Event("RS").byte(id == kPlayerId ? kDone : kBadPlayer));
         }
     }
 

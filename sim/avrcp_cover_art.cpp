@@ -19,15 +19,15 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("RZA", "connect cover art", &CoverArt::connect),
-            row("RZC", "get thumbnail", &CoverArt::thumbnail),
-            row("RZD", "get image", &CoverArt::image),
+            row("RZA", &CoverArt::connect),
+            row("RZC", &CoverArt::thumbnail),
+            row("RZD", &CoverArt::image),
         };
     }
 
 private:
-    void report(const char* tag, const char* name, const Address& address, bool done) {
-        send(Event(tag, name).address(address).byte(done ? kSuccess : kFail, "status"));
+    void report(const char* tag, const Address& address, bool done) {
+        send(Event(tag).address(address).byte(done ? kSuccess : kFail));
     }
 
     void connect(Fields& fields) {
@@ -36,7 +36,7 @@ private:
         fields.end();
         if (media_->controls(hub(), address)) {
             media_->control->cover_art = psm == kCoverArtPsm;
-            report("RWE", "cover art connection", address, media_->control->cover_art);
+            report("RWE", address, media_->control->cover_art);
         }
     }
 
@@ -46,7 +46,7 @@ private:
         const std::string path = fields.block("path");
         fields.end();
         if (media_->controls(hub(), address)) {
-            report("RWF", "thumbnail", address, is_there(handle) && write(path));
+            report("RWF", address, is_there(handle) && write(path));
         }
     }
 
@@ -68,7 +68,7 @@ private:
             hub().log.note("the image is a JPEG file of " + std::to_string(picture().size()) +
                            " bytes");
         }
-        report("RWG", "image", address, fits && is_there(handle) && write(path));
+        report("RWG", address, fits && is_there(handle) && write(path));
     }
 
     bool is_there(const std::string& handle) {

@@ -65,10 +65,10 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("KXJ", "configure batch scan", &BatchScan::configure),
-            row("KXK", "start batch scan", &BatchScan::start),
-            row("KXL", "stop batch scan", &BatchScan::stop),
-            row("KXM", "read batch scan reports", &BatchScan::read),
+            row("KXJ", &BatchScan::configure),
+            row("KXK", &BatchScan::start),
+            row("KXL", &BatchScan::stop),
+            row("KXM", &BatchScan::read),
         };
     }
 
@@ -96,17 +96,14 @@ private:
             threshold_percent_ = threshold;
             told_ = false;
         }
-        send(Event("KZJ", "batch scan configured")
-                 .byte(client_if, "client")
-                 .byte(good ? kGattSuccess : kGattError, "status"));
+        send(Event("KZJ").byte(client_if).byte(good ? kGattSuccess : kGattError));
     }
 
     void report(bool starting, uint8_t client_if, bool good) {
-        send(Event("KZK", "batch scan")
+        send(Event("KZK")
                  .dword(starting ? 1 : 0)
-                 .note(starting ? "start" : "stop")
-                 .byte(client_if, "client")
-                 .byte(good ? kGattSuccess : kGattError, "status"));
+                 .byte(client_if)
+                 .byte(good ? kGattSuccess : kGattError));
     }
 
     void start(Fields& fields) {
@@ -193,7 +190,7 @@ private:
         };
         if (threshold_percent_ > 0 && !told_ && (is_full(full_) || is_full(truncated_))) {
             told_ = true;
-            send(Event("KZM", "batch scan threshold crossed").byte(client_if_, "client"));
+            send(Event("KZM").byte(client_if_));
         }
     }
 
@@ -216,11 +213,11 @@ private:
             store.records.clear();
             told_ = false;
         }
-        send(Event("KZL", "batch scan reports")
-                 .byte(client_if, "client")
-                 .byte(good ? kGattSuccess : kGattError, "status")
-                 .dword(format, "format")
-                 .dword(static_cast<uint32_t>(count), "records")
+        send(Event("KZL")
+                 .byte(client_if)
+                 .byte(good ? kGattSuccess : kGattError)
+                 .dword(format)
+                 .dword(static_cast<uint32_t>(count))
                  .block(data));
     }
 

@@ -18,16 +18,11 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("BM", "create bond", &Bonding::create),
-            row("BN", "create bond out of band", &Bonding::create_out_of_band),
-            row("BO", "remove bond", &Bonding::remove),
-            row("BP", "cancel bond", &Bonding::cancel),
-            row("BR", "PIN reply", &Bonding::pin_reply),
-            row("BS", "pairing reply", &Bonding::ssp_reply),
-            row("BQ", "get connection state", &Bonding::connection_state),
-            row("BTD", "cancel connecting", &Bonding::cancel_connecting),
-            row("BTA", "connection authorisation reply", &Bonding::authorisation),
-            row("BEC", "set out-of-band data of device", &Bonding::set_oob_data),
+            row("BM", &Bonding::create),           row("BN", &Bonding::create_out_of_band),
+            row("BO", &Bonding::remove),           row("BP", &Bonding::cancel),
+            row("BR", &Bonding::pin_reply),        row("BS", &Bonding::ssp_reply),
+            row("BQ", &Bonding::connection_state), row("BTD", &Bonding::cancel_connecting),
+            row("BTA", &Bonding::authorisation),   row("BEC", &Bonding::set_oob_data),
         };
     }
 
@@ -85,7 +80,7 @@ private:
 
     void ask(const Device& device) {
         if (device.pairing == Pairing::Pin) {
-            send(Event("BF", "PIN request")
+            send(Event("BF")
                      .address(device.address)
                      .dword(device.class_of_device)
                      .byte(0)
@@ -93,12 +88,12 @@ private:
             return;
         }
         const bool entry = device.pairing == Pairing::EnterPasskey;
-        send(Event("BG", "pairing request")
+        send(Event("BG")
                  .address(device.address)
                  .dword(device.class_of_device)
-                 .byte(entry ? kVariantEntry : kVariantConfirm, "variant")
+                 .byte(entry ? kVariantEntry : kVariantConfirm)
                  // A number that the user is to type is on the other device's display only.
-                 .dword(entry ? 0 : device.passkey, "passkey")
+                 .dword(entry ? 0 : device.passkey)
                  .text(device.name));
     }
 
@@ -217,11 +212,7 @@ private:
         if (device != nullptr) {
             send(link_event(*device));
         } else {
-            send(Event("BI", "link state")
-                     .byte(kDeviceDown, "status")
-                     .address(address)
-                     .byte(kLinkDown)
-                     .note("down"));
+            send(Event("BI").byte(kDeviceDown).address(address).byte(kLinkDown));
         }
     }
 

@@ -133,18 +133,16 @@ void Central::next() {
     }
 }
 
-Event Central::request(const char* tag, const char* name, const ServerConnection& connection) const {
-    Event event(tag, name);
-    event.address(connection.address)
-        .word(connection.id, "connection")
-        .word(transaction_, "transaction");
+Event Central::request(const char* tag, const ServerConnection& connection) const {
+    Event event(tag);
+    event.address(connection.address).word(connection.id).word(transaction_);
     return event;
 }
 
 bool Central::carry_out(Step& step, ServerConnection& connection) {
     if (step.kind == Kind::Mtu) {
         connection.mtu = kMostMtu;
-        hub_.out.send(Event("JP", "MTU").word(connection.id, "connection").word(connection.mtu, "MTU"));
+        hub_.out.send(Event("JP").word(connection.id).word(connection.mtu));
         return false;
     }
     if (step.kind == Kind::Prepare && prepare_failed_) {
@@ -152,26 +150,24 @@ bool Central::carry_out(Step& step, ServerConnection& connection) {
     }
     ++transaction_;
     if (step.kind == Kind::Execute) {
-        hub_.out.send(
-            request("JM", "execute write", connection).byte(prepare_failed_ ? 0 : 1, "execute"));
+        hub_.out.send(request("JM", connection).byte(prepare_failed_ ? 0 : 1));
         prepare_failed_ = false;
         return true;
     }
     if (step.kind == Kind::Read) {
-        hub_.out.send(request("JK", "read", connection)
-                          .word(step.handle, "handle")
-                          .word(step.offset, "offset")
-                          .byte(step.offset > 0 ? 1 : 0, "long"));
+        hub_.out.send(request("JK", connection)
+                          .word(step.handle)
+                          .word(step.offset)
+                          .byte(step.offset > 0 ? 1 : 0));
         return true;
     }
     const bool needs_response = step.kind != Kind::WriteCommand;
-    hub_.out.send(request("JL", "write", connection)
-                      .word(step.handle, "handle")
-                      .word(step.offset, "offset")
-                      .byte(needs_response ? 1 : 0, "needs response")
-                      .byte(step.kind == Kind::Prepare ? 1 : 0, "prepared")
-                      .block(step.value)
-                      .note(hex_text(step.value)));
+    hub_.out.send(request("JL", connection)
+                      .word(step.handle)
+                      .word(step.offset)
+                      .byte(needs_response ? 1 : 0)
+                      .byte(step.kind == Kind::Prepare ? 1 : 0)
+                      .block(step.value));
     return needs_response;
 }
 

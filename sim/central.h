@@ -89,7 +89,7 @@ private:
     void next();
     /// False when nothing is to be waited for.
     bool carry_out(Step& step, ServerConnection& connection);
-    Event request(const char* tag, const char* name, const ServerConnection& connection) const;
+    Event request(const char* tag, const ServerConnection& connection) const;
     void await_response(const Step& step);
     void timed_out();
     void answered(const Step& step, const Response& response, const ServerConnection& connection);

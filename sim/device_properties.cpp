@@ -91,11 +91,9 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("BC", "get device property", &DeviceProperties::get),
-            row("BD", "set device property", &DeviceProperties::set),
-            row("BH", "get device properties", &DeviceProperties::get_all),
-            row("BI", "get device service record", &DeviceProperties::service_record),
-            row("BJ", "get device services", &DeviceProperties::services),
+            row("BC", &DeviceProperties::get),      row("BD", &DeviceProperties::set),
+            row("BH", &DeviceProperties::get_all),  row("BI", &DeviceProperties::service_record),
+            row("BJ", &DeviceProperties::services),
         };
     }
 
@@ -171,17 +169,15 @@ private:
     }
 
     void answer(const Address& address, size_t count, std::string_view records) {
-        send(Event("BC", "device properties")
-                 .byte(kSuccess, "status")
+        send(Event("BC")
+                 .byte(kSuccess)
                  .address(address)
                  .byte(static_cast<uint8_t>(count))
-                 .block(records)
-                 .note('"' + printable(records, 60) + '"'));
+                 .block(records));
     }
 
     void refuse(const Address& address, Status status) {
-        send(
-            Event("BC", "device properties").byte(status, "status").address(address).byte(0).block(""));
+        send(Event("BC").byte(status).address(address).byte(0).block(""));
     }
 };
 

@@ -14,8 +14,8 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("BK", "start discovery", &Discovery::start),
-            row("BL", "stop discovery", &Discovery::stop),
+            row("BK", &Discovery::start),
+            row("BL", &Discovery::stop),
         };
     }
 
@@ -31,9 +31,7 @@ public:
     }
 
 private:
-    void report() {
-        send(Event("BE", "discovery").byte(running_ ? 1 : 0).note(running_ ? "started" : "stopped"));
-    }
+    void report() { send(Event("BE").byte(running_ ? 1 : 0)); }
 
     void start(Fields& fields) {
         fields.end();
@@ -82,7 +80,7 @@ private:
         for (const uint16_t uuid : device.services) {
             services += le16(uuid);
         }
-        send(Event("BD", "device found")
+        send(Event("BD")
                  .address(device.address)
                  .byte(device.type)
                  .dword(device.class_of_device)

@@ -3,6 +3,8 @@
 
 #include "dispatcher.h"
 
+#include "described.h"
+
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
@@ -20,22 +22,24 @@ std::string_view without_line_end(std::string_view line) {
 
 void Dispatcher::add(std::vector<Command> commands) {
     for (Command& command : commands) {
-        longest_tag_ = std::max(longest_tag_, command.tag.size());
         const std::string_view tag = command.tag;
+        const protocol::Found found = protocol::find(protocol::Direction::Command, tag);
+        if (!found || found.message->tag != tag) {
+            throw std::logic_error("the protocol has no command with the tag " + std::string(tag));
+        }
         if (!commands_.emplace(tag, std::move(command)).second) {
             throw std::logic_error("two commands with the tag " + std::string(tag));
         }
     }
 }
 
-const Command* Dispatcher::find(std::string_view text) const {
-    for (size_t length = std::min(longest_tag_, text.size()); length > 0; --length) {
-        const auto it = commands_.find(text.substr(0, length));
-        if (it != commands_.end()) {
-            return &it->second;
-        }
+std::pair<const Command*, std::string> Dispatcher::find(std::string_view text) const {
+    const protocol::Found found = protocol::find(protocol::Direction::Command, text);
+    const auto it = found ? commands_.find(found.message->tag) : commands_.end();
+    if (it == commands_.end()) {
+        return {nullptr, ""};
     }
-    return nullptr;
+    return {&it->second, name_of(found)};
 }
 
 void Dispatcher::run(std::string_view line) {
@@ -46,21 +50,21 @@ void Dispatcher::run(std::string_view line) {
         return;
     }
     text.remove_prefix(kPrefix.size());
-    const Command* command = find(text);
+    const auto [command, name] = find(text);
     if (command == nullptr) {
         log_.problem("unknown command, ignored: \"AT#" + printable(text) + "\"");
         return;
     }
-    const std::string_view fields = text.substr(command->tag.size());
-    const std::string title = std::string(command->tag).append(" ").append(command->name);
-    log_.command(fields.empty() ? title : title + " " + printable(fields));
+    if (log_.shows_traffic()) {
+        log_.command(described(protocol::Direction::Command, text));
+    }
     try {
-        Fields reader(fields);
+        Fields reader(text.substr(command->tag.size()));
         command->run(reader);
     } catch (const BadCommand& error) {
-        log_.problem("malformed command, ignored: " + title + ": " + error.what());
+        log_.problem("malformed command, ignored: " + name + ": " + error.what());
     } catch (const std::exception& error) {
-        log_.problem("command failed: " + title + ": " + error.what());
+        log_.problem("command failed: " + name + ": " + error.what());
     }
 }
 

@@ -11,6 +11,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace sim {
@@ -19,7 +20,7 @@ class Dispatcher {
 public:
     explicit Dispatcher(Log& log) : log_(log) {}
 
-    /// Throws std::logic_error when a tag is there already.
+    /// Throws std::logic_error when a tag is there already or the protocol has no such command.
     void add(std::vector<Command> commands);
 
     /// Carries out one line (with or without its CR LF). What is no command, not known or malformed is
@@ -27,12 +28,11 @@ public:
     void run(std::string_view line);
 
 private:
-    /// Tags end where fields begin, and fields may begin with letters: the longest known tag is meant.
-    const Command* find(std::string_view text) const;
+    /// The command and its name for people.
+    std::pair<const Command*, std::string> find(std::string_view text) const;
 
     Log& log_;
     std::map<std::string_view, Command> commands_;
-    size_t longest_tag_ = 0;
 };
 
 } // namespace sim

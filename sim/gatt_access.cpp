@@ -28,12 +28,12 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("KL", "read characteristic", &GattAccess::read_characteristic),
-            row("KM", "write characteristic", &GattAccess::write_characteristic),
-            row("KN", "read descriptor", &GattAccess::read_descriptor),
-            row("KO", "write descriptor", &GattAccess::write_descriptor),
-            row("KP", "execute write", &GattAccess::execute),
-            row("KQ", "register for notifications", &GattAccess::register_notifications),
+            row("KL", &GattAccess::read_characteristic),
+            row("KM", &GattAccess::write_characteristic),
+            row("KN", &GattAccess::read_descriptor),
+            row("KO", &GattAccess::write_descriptor),
+            row("KP", &GattAccess::execute),
+            row("KQ", &GattAccess::register_notifications),
         };
     }
 
@@ -96,9 +96,9 @@ private:
 
     bool is_encrypted(const Target& target) { return world().is_bonded(target.connection->address); }
 
-    static Event answer(const char* tag, const char* name, const Target& target, GattStatus status) {
-        Event event(tag, name);
-        event.word(target.conn_id, "connection").byte(status, "status");
+    static Event answer(const char* tag, const Target& target, GattStatus status) {
+        Event event(tag);
+        event.word(target.conn_id).byte(status);
         put(event, target.service_id);
         put(event, target.characteristic_id);
         return event;
@@ -114,7 +114,7 @@ private:
     void send_value(Event& event, const Target& target, GattStatus status) {
         const std::string value = status == kGattSuccess ? target.attribute->value : std::string();
         constexpr uint8_t kPlainValue = 0;
-        send(event.byte(kPlainValue).block(value).note(hex_text(value)));
+        send(event.byte(kPlainValue).block(value));
     }
 
     void read_characteristic(Fields& fields) {
@@ -122,7 +122,7 @@ private:
         fields.byte("authentication");
         fields.end();
         const GattStatus status = read(target);
-        Event event = answer("KM", "characteristic read", target, status);
+        Event event = answer("KM", target, status);
         send_value(event, target, status);
     }
 
@@ -131,7 +131,7 @@ private:
         fields.byte("authentication");
         fields.end();
         const GattStatus status = read(target);
-        Event event = answer("KP", "descriptor read", target, status);
+        Event event = answer("KP", target, status);
         put(event, target.descriptor_id);
         send_value(event, target, status);
     }
@@ -167,7 +167,7 @@ private:
                 status = fits ? write(target, request) : kInvalidLength;
             }
         }
-        send(answer("KN", "characteristic written", target, status));
+        send(answer("KN", target, status));
     }
 
     void write_descriptor(Fields& fields) {
@@ -177,7 +177,7 @@ private:
         if (status == kGattSuccess) {
             status = write(target, request);
         }
-        Event event = answer("KQ", "descriptor written", target, status);
+        Event event = answer("KQ", target, status);
         send(put(event, target.descriptor_id));
     }
 
@@ -266,7 +266,7 @@ private:
             status = wanted ? execute(low_energy_->peer(*connection).peripheral.attributes, prepared)
                             : kGattSuccess;
         }
-        send(Event("KO", "writes executed").word(conn_id, "connection").byte(status, "status"));
+        send(Event("KO").word(conn_id).byte(status));
     }
 
     /// All or nothing.
@@ -319,10 +319,8 @@ private:
             hub().log.note("client " + std::to_string(client_if) + " is not connected to " +
                            to_string(address));
         }
-        Event event("KL", "registered for notifications");
-        event.word(target.conn_id, "connection")
-            .byte(status, "status")
-            .byte(on && status == kGattSuccess ? 1 : 0, "registered");
+        Event event("KL");
+        event.word(target.conn_id).byte(status).byte(on && status == kGattSuccess ? 1 : 0);
         put(event, target.service_id);
         send(put(event, target.characteristic_id));
     }
@@ -392,11 +390,11 @@ private:
                 Characteristic& characteristic) {
         const bool notification = (characteristic.configuration()->value[0] & kNotificationsOn) != 0;
         const std::string value = characteristic.value.substr(0, connection.mtu - kValueHeader);
-        Event event("KD", notification ? "notification" : "indication");
-        event.word(connection.id, "connection").address(connection.address);
+        Event event("KD");
+        event.word(connection.id).address(connection.address);
         put(event, heard.service);
         put(event, heard.characteristic);
-        send(event.byte(notification ? 1 : 0).block(value).note(hex_text(value)));
+        send(event.byte(notification ? 1 : 0).block(value));
     }
 
     std::shared_ptr<LowEnergy> low_energy_;

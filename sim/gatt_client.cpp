@@ -38,18 +38,12 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("KA", "register GATT client", &GattClient::add_client),
-            row("KB", "unregister GATT client", &GattClient::remove_client),
-            row("KE", "connect to peripheral", &GattClient::connect),
-            row("KF", "disconnect from peripheral", &GattClient::disconnect),
-            row("KG", "forget cached attributes", &GattClient::refresh),
-            row("KR", "connection parameters", &GattClient::parameters),
-            row("KU", "read remote RSSI", &GattClient::rssi),
-            row("KY", "configure MTU", &GattClient::mtu),
-            row("KSB", "send data", &GattClient::send_data),
-            row("KT", "GATT test", &GattClient::test),
-            row("KV", "dump attributes", &GattClient::dump),
-            row("KW", "clean up GATT", &GattClient::clean_up),
+            row("KA", &GattClient::add_client), row("KB", &GattClient::remove_client),
+            row("KE", &GattClient::connect),    row("KF", &GattClient::disconnect),
+            row("KG", &GattClient::refresh),    row("KR", &GattClient::parameters),
+            row("KU", &GattClient::rssi),       row("KY", &GattClient::mtu),
+            row("KSB", &GattClient::send_data), row("KT", &GattClient::test),
+            row("KV", &GattClient::dump),       row("KW", &GattClient::clean_up),
         };
     }
 
@@ -96,7 +90,7 @@ private:
             id = low_energy_->add_client();
             status = id == 0 ? kGattNoResources : kGattSuccess;
         }
-        send(Event("KA", "client registered").byte(status, "status").byte(id, "client").octets(uuid));
+        send(Event("KA").byte(status).byte(id).octets(uuid));
     }
 
     void remove_client(Fields& fields) {
@@ -223,11 +217,7 @@ private:
 
     void report_connected(uint8_t client_if, uint16_t conn_id, GattStatus status,
                           const Address& address) {
-        send(Event("KE", "connected")
-                 .byte(client_if, "client")
-                 .word(conn_id, "connection")
-                 .byte(status, "status")
-                 .address(address));
+        send(Event("KE").byte(client_if).word(conn_id).byte(status).address(address));
     }
 
     void disconnect(Fields& fields) {
@@ -257,10 +247,10 @@ private:
     }
 
     void end(const GattConnection& connection, GattStatus status) {
-        const Event event = Event("KF", "disconnected")
-                                .byte(connection.client_if, "client")
-                                .word(connection.id, "connection")
-                                .byte(status, "status")
+        const Event event = Event("KF")
+                                .byte(connection.client_if)
+                                .word(connection.id)
+                                .byte(status)
                                 .address(connection.address);
         low_energy_->remove_connection(connection.id);
         send(event);
@@ -309,12 +299,11 @@ private:
         fields.end();
         const bool connected = low_energy_->find(client_if, address) != nullptr;
         const int8_t value = connected ? world().find(address)->rssi : int8_t{0};
-        send(Event("KR", "remote RSSI")
-                 .byte(client_if, "client")
+        send(Event("KR")
+                 .byte(client_if)
                  .address(address)
                  .byte(static_cast<uint8_t>(value))
-                 .note(std::to_string(value) + " dBm")
-                 .byte(connected ? kGattSuccess : kGattError, "status"));
+                 .byte(connected ? kGattSuccess : kGattError));
     }
 
     void mtu(Fields& fields) {
@@ -325,10 +314,10 @@ private:
         if (connection != nullptr) {
             connection->mtu = std::max(kLeastMtu, std::min(asked, kMostMtu));
         }
-        send(Event("KT", "MTU configured")
-                 .dword(conn_id, "connection")
-                 .byte(connection != nullptr ? kGattSuccess : kGattError, "status")
-                 .dword(connection != nullptr ? connection->mtu : 0, "MTU"));
+        send(Event("KT")
+                 .dword(conn_id)
+                 .byte(connection != nullptr ? kGattSuccess : kGattError)
+                 .dword(connection != nullptr ? connection->mtu : 0));
     }
 
     void send_data(Fields& fields) {

@@ -36,10 +36,10 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("KH", "search services", &GattDiscovery::search),
-            row("KI", "get included service", &GattDiscovery::included),
-            row("KJ", "get characteristic", &GattDiscovery::characteristic),
-            row("KK", "get descriptor", &GattDiscovery::descriptor),
+            row("KH", &GattDiscovery::search),
+            row("KI", &GattDiscovery::included),
+            row("KJ", &GattDiscovery::characteristic),
+            row("KK", &GattDiscovery::descriptor),
         };
     }
 
@@ -69,21 +69,18 @@ private:
             for (const Service& found : table->services()) {
                 // Secondary ones are found as what another includes.
                 if (found.id.type == kPrimary && (all || found.id.uuid == only)) {
-                    Event event("KH", "service found");
-                    event.word(conn_id, "connection");
+                    Event event("KH");
+                    event.word(conn_id);
                     send(put(event, found.id));
                 }
             }
         }
-        send(Event("KG", "search completed")
-                 .word(conn_id, "connection")
-                 .byte(table != nullptr ? kGattSuccess : kGattError, "status"));
+        send(Event("KG").word(conn_id).byte(table != nullptr ? kGattSuccess : kGattError));
     }
 
-    static Event answer(const char* tag, const char* name, uint16_t conn_id, bool found,
-                        const ServiceId& service) {
-        Event event(tag, name);
-        event.word(conn_id, "connection").byte(found ? kGattSuccess : kGattError, "status");
+    static Event answer(const char* tag, uint16_t conn_id, bool found, const ServiceId& service) {
+        Event event(tag);
+        event.word(conn_id).byte(found ? kGattSuccess : kGattError);
         put(event, service);
         return event;
     }
@@ -97,7 +94,7 @@ private:
         const ServiceId* found =
             in == nullptr ? nullptr
                           : next_of(in->included, previous, [](const ServiceId& id) { return id; });
-        Event event = answer("KK", "included service", conn_id, found != nullptr, service_id);
+        Event event = answer("KK", conn_id, found != nullptr, service_id);
         send(put(event, found == nullptr ? previous : *found));
     }
 
@@ -109,9 +106,9 @@ private:
         const Service* in = service(conn_id, service_id);
         const Characteristic* found =
             in == nullptr ? nullptr : next_of(in->characteristics, previous, id_of_item);
-        Event event = answer("KI", "characteristic", conn_id, found != nullptr, service_id);
+        Event event = answer("KI", conn_id, found != nullptr, service_id);
         put(event, found == nullptr ? previous : found->id);
-        send(event.dword(found == nullptr ? 0 : found->properties, "properties"));
+        send(event.dword(found == nullptr ? 0 : found->properties));
     }
 
     void descriptor(Fields& fields) {
@@ -124,7 +121,7 @@ private:
         const Characteristic* of = in == nullptr ? nullptr : in->find(characteristic_id);
         const Descriptor* found =
             of == nullptr ? nullptr : next_of(of->descriptors, previous, id_of_item);
-        Event event = answer("KJ", "descriptor", conn_id, found != nullptr, service_id);
+        Event event = answer("KJ", conn_id, found != nullptr, service_id);
         put(event, characteristic_id);
         send(put(event, found == nullptr ? previous : found->id));
     }

@@ -30,16 +30,11 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("JA", "register GATT server", &GattServer::add_server),
-            row("JC", "unregister GATT server", &GattServer::remove_server),
-            row("JD", "connect to central", &GattServer::connect),
-            row("JE", "disconnect from central", &GattServer::disconnect),
-            row("JJ", "start service", &GattServer::start),
-            row("JK", "stop service", &GattServer::stop),
-            row("JL", "delete service", &GattServer::remove),
-            row("JM", "send indication", &GattServer::indicate),
-            row("JN", "send notification", &GattServer::notify),
-            row("JO", "send response", &GattServer::respond),
+            row("JA", &GattServer::add_server), row("JC", &GattServer::remove_server),
+            row("JD", &GattServer::connect),    row("JE", &GattServer::disconnect),
+            row("JJ", &GattServer::start),      row("JK", &GattServer::stop),
+            row("JL", &GattServer::remove),     row("JM", &GattServer::indicate),
+            row("JN", &GattServer::notify),     row("JO", &GattServer::respond),
         };
     }
 
@@ -105,7 +100,7 @@ private:
             id = low_energy_->add_server();
             status = id == 0 ? kGattNoResources : kGattSuccess;
         }
-        send(Event("JA", "server registered").byte(status, "status").byte(id, "server").octets(uuid));
+        send(Event("JA").byte(status).byte(id).octets(uuid));
     }
 
     void remove_server(Fields& fields) {
@@ -134,10 +129,8 @@ private:
 
     // Services.
 
-    void report_service(const char* tag, const char* name, GattStatus status, uint8_t server_if,
-                        uint16_t service) {
-        send(
-            Event(tag, name).byte(status, "status").byte(server_if, "server").word(service, "service"));
+    void report_service(const char* tag, GattStatus status, uint8_t server_if, uint16_t service) {
+        send(Event(tag).byte(status).byte(server_if).word(service));
     }
 
     void start(Fields& fields) {
@@ -147,7 +140,7 @@ private:
         fields.end();
         const GattStatus status =
             world().adapter.powered ? table().start(server_if, service) : kGattError;
-        report_service("JG", "service started", status, server_if, service);
+        report_service("JG", status, server_if, service);
         if (status != kGattSuccess) {
             return;
         }
@@ -166,7 +159,7 @@ private:
         fields.end();
         const GattStatus status =
             world().adapter.powered ? table().stop(server_if, service) : kGattError;
-        report_service("JH", "service stopped", status, server_if, service);
+        report_service("JH", status, server_if, service);
         if (status == kGattSuccess) {
             service_stopped(*table().find(server_if, service));
         }
@@ -182,7 +175,7 @@ private:
             service_stopped(*own);
             status = table().remove(server_if, service);
         }
-        report_service("JI", "service deleted", status, server_if, service);
+        report_service("JI", status, server_if, service);
     }
 
     void service_stopped(const OwnService& own) {
@@ -282,12 +275,7 @@ private:
 
     void report_connection(const Address& address, bool connected, uint16_t conn_id,
                            uint8_t server_if) {
-        send(Event("JB", "central")
-                 .address(address)
-                 .byte(connected ? 1 : 0)
-                 .note(connected ? "connected" : "disconnected")
-                 .word(conn_id, "connection")
-                 .byte(server_if, "server"));
+        send(Event("JB").address(address).byte(connected ? 1 : 0).word(conn_id).byte(server_if));
     }
 
     void connect(Fields& fields) {
@@ -438,7 +426,7 @@ private:
             receiver->central.receive(handle, value, indication);
             status = kGattSuccess;
         }
-        send(Event("JN", "value sent").word(conn_id, "connection").byte(status, "status"));
+        send(Event("JN").word(conn_id).byte(status));
     }
 
     void respond(Fields& fields) {
@@ -459,9 +447,7 @@ private:
             hub().log.note("nothing waits for a response to transaction " +
                            std::to_string(response.trans_id));
         }
-        send(Event("JJ", "response sent")
-                 .byte(awaited ? kGattSuccess : kGattError, "status")
-                 .word(response.handle, "handle"));
+        send(Event("JJ").byte(awaited ? kGattSuccess : kGattError).word(response.handle));
     }
 
     std::shared_ptr<LowEnergy> low_energy_;

@@ -24,10 +24,10 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("JF", "add service", &GattServices::add_service),
-            row("JG", "add included service", &GattServices::add_included),
-            row("JH", "add characteristic", &GattServices::add_characteristic),
-            row("JI", "add descriptor", &GattServices::add_descriptor),
+            row("JF", &GattServices::add_service),
+            row("JG", &GattServices::add_included),
+            row("JH", &GattServices::add_characteristic),
+            row("JI", &GattServices::add_descriptor),
         };
     }
 
@@ -50,9 +50,9 @@ private:
             return id.type <= kSecondary ? table.add_service(server_if, id, handles)
                                          : ServerTable::Added{kGattError, 0};
         });
-        Event event("JC", "service added");
-        event.byte(added.status, "status").byte(server_if, "server");
-        send(put(event, id).word(added.handle, "handle"));
+        Event event("JC");
+        event.byte(added.status).byte(server_if);
+        send(put(event, id).word(added.handle));
     }
 
     void add_included(Fields& fields) {
@@ -63,21 +63,12 @@ private:
         const ServerTable::Added added = add(server_if, [&](ServerTable& table) {
             return table.add_included(server_if, service, included);
         });
-        send(Event("JD", "included service added")
-                 .byte(added.status, "status")
-                 .byte(server_if, "server")
-                 .word(service, "service")
-                 .word(included, "included service"));
+        send(Event("JD").byte(added.status).byte(server_if).word(service).word(included));
     }
 
     void send_added(Event event, const ServerTable::Added& added, uint8_t server_if,
                     const Octets16& uuid, uint16_t service) {
-        send(event.byte(added.status, "status")
-                 .byte(server_if, "server")
-                 .octets(uuid)
-                 .note(uuid_text(uuid))
-                 .word(service, "service")
-                 .word(added.handle, "handle"));
+        send(event.byte(added.status).byte(server_if).octets(uuid).word(service).word(added.handle));
     }
 
     void add_characteristic(Fields& fields) {
@@ -87,7 +78,7 @@ private:
         const uint8_t properties = fields.byte("properties");
         const uint16_t permissions = fields.word("permissions");
         fields.end();
-        send_added(Event("JE", "characteristic added"),
+        send_added(Event("JE"),
                    add(server_if,
                        [&](ServerTable& table) {
                            return table.add_characteristic(server_if, service, uuid, properties,
@@ -102,7 +93,7 @@ private:
         const Octets16 uuid = fields.octets_reversed("UUID");
         const uint16_t permissions = descriptor_permissions(fields.word("permissions"));
         fields.end();
-        send_added(Event("JF", "descriptor added"),
+        send_added(Event("JF"),
                    add(server_if,
                        [&](ServerTable& table) {
                            return table.add_descriptor(server_if, service, uuid, permissions);

@@ -102,24 +102,24 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("HA", "connect hands-free", &HandsFree::connect),
-            row("HB", "disconnect hands-free", &HandsFree::disconnect),
-            row("HC", "connect call audio", &HandsFree::connect_audio),
-            row("HD", "disconnect call audio", &HandsFree::disconnect_audio),
-            row("HE", "start voice recognition", &HandsFree::start_voice_recognition),
-            row("HF", "stop voice recognition", &HandsFree::stop_voice_recognition),
-            row("HG", "set volume", &HandsFree::volume),
-            row("HH", "dial", &HandsFree::dial),
-            row("HI", "dial from memory", &HandsFree::dial_memory),
-            row("HJ", "call action", &HandsFree::call_action),
-            row("HK", "list calls", &HandsFree::list_calls),
-            row("HL", "get operator", &HandsFree::operator_name),
-            row("HM", "get subscriber", &HandsFree::subscriber),
-            row("HN", "send tone", &HandsFree::tone),
-            row("HO", "get number of voice tag", &HandsFree::voice_tag),
-            row("HP", "free command", &HandsFree::free_command),
-            row("HQ", "switch call audio hardware", &HandsFree::switch_hardware),
-            row("HR", "mute microphone", &HandsFree::mute),
+            row("HA", &HandsFree::connect),
+            row("HB", &HandsFree::disconnect),
+            row("HC", &HandsFree::connect_audio),
+            row("HD", &HandsFree::disconnect_audio),
+            row("HE", &HandsFree::start_voice_recognition),
+            row("HF", &HandsFree::stop_voice_recognition),
+            row("HG", &HandsFree::volume),
+            row("HH", &HandsFree::dial),
+            row("HI", &HandsFree::dial_memory),
+            row("HJ", &HandsFree::call_action),
+            row("HK", &HandsFree::list_calls),
+            row("HL", &HandsFree::operator_name),
+            row("HM", &HandsFree::subscriber),
+            row("HN", &HandsFree::tone),
+            row("HO", &HandsFree::voice_tag),
+            row("HP", &HandsFree::free_command),
+            row("HQ", &HandsFree::switch_hardware),
+            row("HR", &HandsFree::mute),
         };
     }
 
@@ -161,8 +161,8 @@ private:
 
     void report_link(const Address& address, LinkCode code) {
         const bool ready = code == kServiceLevel;
-        send(Event("HA", "hands-free state")
-                 .byte(code, "state")
+        send(Event("HA")
+                 .byte(code)
                  .dword(ready ? kFeatures : 0)
                  .dword(ready ? kCallHoldFeatures : 0)
                  .address(address));
@@ -170,18 +170,18 @@ private:
 
     /// Everything that the indicators say now; nothing of it need have changed.
     void report_phone() {
-        send(Event("HV", "model").text(phone().model));
-        send(Event("HW", "manufacturer").text(phone().manufacturer));
-        send(Event("HS", "in-band ring tone").byte(phone().in_band_ring ? 1 : 0, "state"));
-        send(Event("HD", "network").byte(1, "state"));
-        send(Event("HE", "roaming").byte(phone().roaming ? 1 : 0, "state"));
-        send(Event("HF", "signal").word(phone().signal));
-        send(Event("HG", "battery").word(phone().battery));
+        send(Event("HV").text(phone().model));
+        send(Event("HW").text(phone().manufacturer));
+        send(Event("HS").byte(phone().in_band_ring ? 1 : 0));
+        send(Event("HD").byte(1));
+        send(Event("HE").byte(phone().roaming ? 1 : 0));
+        send(Event("HF").word(phone().signal));
+        send(Event("HG").word(phone().battery));
         shown_ = current();
-        send(Event("HI", "call").byte(shown_.call, "indicator"));
-        send(Event("HJ", "call setup").byte(shown_.setup, "indicator"));
-        send(Event("HK", "call held").byte(shown_.held, "indicator"));
-        send(Event("HX", "gateway state").byte(shown_.state, "state"));
+        send(Event("HI").byte(shown_.call));
+        send(Event("HJ").byte(shown_.setup));
+        send(Event("HK").byte(shown_.held));
+        send(Event("HX").byte(shown_.state));
     }
 
     /// Sends what only a connected client may hear.
@@ -193,8 +193,7 @@ private:
 
     /// Every command that goes to the phone ends with its "OK" or "ERROR".
     void complete(Completed command, bool done) {
-        send(
-            Event("HQ", "completion").byte(done ? kSuccess : kFail, "result").byte(command, "command"));
+        send(Event("HQ").byte(done ? kSuccess : kFail).byte(command));
     }
 
     /// Whether the phone can be asked at all; if not, the command is completed here.
@@ -221,7 +220,7 @@ private:
     }
 
     void report_audio(const Address& address, AudioCode code) {
-        send(Event("HB", "call audio").byte(code, "state").address(address));
+        send(Event("HB").byte(code).address(address));
     }
 
     void connect_audio(Fields& fields) {
@@ -252,7 +251,7 @@ private:
             return;
         }
         recognising_ = on;
-        send(Event("HC", "voice recognition").byte(on ? 1 : 0, "state"));
+        send(Event("HC").byte(on ? 1 : 0));
         set_audio(on || wants_audio(), address);
     }
 
@@ -288,7 +287,7 @@ private:
         const bool good = type <= 1 && level <= kMostVolume;
         complete(kVolume, good);
         if (good) {
-            send(Event("HP", "volume").byte(type, "type").word(level, "volume"));
+            send(Event("HP").byte(type).word(level));
         }
     }
 
@@ -339,7 +338,7 @@ private:
         }
         if (from_hold) {
             const bool accepted = !calls_.list().empty();
-            send(Event("HL", "response and hold").byte(accepted ? 1 : 2, "state"));
+            send(Event("HL").byte(accepted ? 1 : 2));
         }
         calls_changed();
     }
@@ -350,11 +349,11 @@ private:
             return;
         }
         for (const Call& call : calls_.list()) {
-            send(Event("HO", "call")
-                     .byte(call.index, "index")
-                     .byte(call.incoming ? 1 : 0, "incoming")
-                     .byte(static_cast<uint8_t>(call.state), "state")
-                     .byte(call.multiparty ? 1 : 0, "multiparty")
+            send(Event("HO")
+                     .byte(call.index)
+                     .byte(call.incoming ? 1 : 0)
+                     .byte(static_cast<uint8_t>(call.state))
+                     .byte(call.multiparty ? 1 : 0)
                      .text(call.number));
         }
         complete(kCallList, true);
@@ -374,23 +373,23 @@ private:
 
     void report_change(const Shown& before) {
         bool told = false;
-        const auto indicator = [this, &told](const char* tag, const char* name, uint8_t value) {
-            tell(Event(tag, name).byte(value, "indicator"));
+        const auto indicator = [this, &told](const char* tag, uint8_t value) {
+            tell(Event(tag).byte(value));
             told = true;
         };
         if (before.call != shown_.call) {
-            indicator("HI", "call", shown_.call);
+            indicator("HI", shown_.call);
         }
         if (before.setup != shown_.setup) {
-            indicator("HJ", "call setup", shown_.setup);
+            indicator("HJ", shown_.setup);
         }
         // Two calls that changed places leave the indicator as it was, and it is told all the same.
         if (before.held != shown_.held || held_calls(before.calls) != held_calls(shown_.calls)) {
-            indicator("HK", "call held", shown_.held);
+            indicator("HK", shown_.held);
         }
         // A change that moves no indicator would not be noticed otherwise.
         if (before.state != shown_.state || (!told && !(before.calls == shown_.calls))) {
-            tell(Event("HX", "gateway state").byte(shown_.state, "state"));
+            tell(Event("HX").byte(shown_.state));
         }
     }
 
@@ -459,14 +458,14 @@ private:
     }
 
     void ring_once() {
-        tell(Event("HU", "ring"));
-        tell(Event("HM", "caller").text(calls_.ringing()->number));
+        tell(Event("HU"));
+        tell(Event("HM").text(calls_.ringing()->number));
         ring_.start(hub().pace.ring_period, [this] { ring_once(); });
     }
 
     void begin_patience(const Call& ringing) {
         if (ringing.state == CallState::Waiting) {
-            tell(Event("HN", "waiting caller").text(ringing.number));
+            tell(Event("HN").text(ringing.number));
         }
         patience_.start(hub().pace.ring_timeout, [this] {
             hub().log.note("the caller gives up");
@@ -498,7 +497,7 @@ private:
     void operator_name(Fields& fields) {
         fields.end();
         if (reaches_phone(kOperator)) {
-            send(Event("HH", "operator").text(phone().operator_name));
+            send(Event("HH").text(phone().operator_name));
             complete(kOperator, true);
         }
     }
@@ -506,7 +505,7 @@ private:
     void subscriber(Fields& fields) {
         fields.end();
         if (reaches_phone(kSubscriber)) {
-            send(Event("HR", "subscriber").byte(kServiceVoice, "service").text(phone().subscriber));
+            send(Event("HR").byte(kServiceVoice).text(phone().subscriber));
             complete(kSubscriber, true);
         }
     }
@@ -531,7 +530,7 @@ private:
         }
         const bool known = !phone().voice_tag_number.empty();
         if (known) {
-            send(Event("HT", "number of voice tag").text(phone().voice_tag_number));
+            send(Event("HT").text(phone().voice_tag_number));
         }
         complete(kVoiceTag, known);
     }

@@ -40,13 +40,10 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("DA", "register HID device", &HidHost::register_app),
-            row("DB", "unregister HID device", &HidHost::unregister_app),
-            row("DC", "send HID report", &HidHost::send_report),
-            row("DE", "refuse HID request", &HidHost::report_error),
-            row("DF", "unplug HID device", &HidHost::unplug),
-            row("DG", "connect to HID host", &HidHost::connect),
-            row("DH", "disconnect from HID host", &HidHost::disconnect),
+            row("DA", &HidHost::register_app), row("DB", &HidHost::unregister_app),
+            row("DC", &HidHost::send_report),  row("DE", &HidHost::report_error),
+            row("DF", &HidHost::unplug),       row("DG", &HidHost::connect),
+            row("DH", &HidHost::disconnect),
         };
     }
 
@@ -78,10 +75,7 @@ private:
 
     /// With the host that the device is plugged into, if there is one.
     void report_app() {
-        send(Event("DA", "HID device")
-                 .address(plugged_)
-                 .dword(registered_ ? kRegistered : kNotRegistered)
-                 .note(registered_ ? "registered" : "not registered"));
+        send(Event("DA").address(plugged_).dword(registered_ ? kRegistered : kNotRegistered));
     }
 
     void register_app(Fields& fields) {
@@ -117,10 +111,7 @@ private:
     // The connection.
 
     void report_link(const Address& address, State state) {
-        static constexpr std::array<const char*, 4> kNames{"connected", "connecting", "disconnected",
-                                                           "disconnecting"};
-        const auto code = static_cast<uint32_t>(state);
-        send(Event("DB", "HID host").address(address).dword(code).note(kNames.at(code)));
+        send(Event("DB").address(address).dword(static_cast<uint32_t>(state)));
     }
 
     void change(State state) {
@@ -202,10 +193,7 @@ private:
 
     void ask_for_report() {
         asking_ = true;
-        send(Event("DC", "get report")
-                 .byte(kInput, "type")
-                 .byte(kReportId, "id")
-                 .dword(kReportRoom, "room"));
+        send(Event("DC").byte(kInput).byte(kReportId).dword(kReportRoom));
         step_.start(hub().pace.hid_step, [this] {
             hub().log.note("the host gets no report and goes on");
             set_protocol();
@@ -214,22 +202,19 @@ private:
 
     void set_protocol() {
         asking_ = false;
-        send(Event("DF", "set protocol").byte(kReportProtocol, "protocol"));
+        send(Event("DF").byte(kReportProtocol));
         step_.start(hub().pace.hid_step, [this] { set_report(); });
     }
 
     void set_report() {
-        send(Event("DE", "set report")
-                 .byte(kOutput, "type")
-                 .byte(kReportId, "id")
-                 .block(std::string(1, kCapsLock)));
+        send(Event("DE").byte(kOutput).byte(kReportId).block(std::string(1, kCapsLock)));
         lamps_ = 0;
         wait_for_interrupt();
     }
 
     void wait_for_interrupt() {
         step_.start(hub().pace.hid_interrupt, [this] {
-            send(Event("DG", "interrupt data").byte(kReportId, "id").block(std::string(1, lamps_)));
+            send(Event("DG").byte(kReportId).block(std::string(1, lamps_)));
             lamps_ = static_cast<char>(lamps_ ^ kCapsLock);
             wait_for_interrupt();
         });
@@ -272,7 +257,7 @@ private:
         }
         hub().log.note("the device reports error " + std::to_string(error));
         if (error == kFatal) {
-            send(Event("DH", "virtual cable unplugged"));
+            send(Event("DH"));
             plugged_ = {};
             drop();
         } else if (asking_ && error == kDeviceNotReady) {

@@ -21,6 +21,9 @@ class Log {
 public:
     Log(LogLevel level, std::ostream& out) : level_(level), out_(out) {}
 
+    /// Whether commands and events are worth the work of describing them.
+    bool shows_traffic() const { return level_ >= LogLevel::All; }
+
     void command(std::string_view line) { write(LogLevel::All, "<- ", line); }
     void event(std::string_view line) { write(LogLevel::All, "-> ", line); }
     void note(std::string_view line) { write(LogLevel::All, "   ", line); }

@@ -98,14 +98,11 @@ ItemId item_field(Fields& fields, const char* what) {
 }
 
 Event& put(Event& event, const ServiceId& service) {
-    return event.byte(service.type)
-        .word(service.instance)
-        .octets(service.uuid)
-        .note("service " + uuid_text(service.uuid));
+    return event.byte(service.type).word(service.instance).octets(service.uuid);
 }
 
 Event& put(Event& event, const ItemId& item) {
-    return event.word(item.instance).octets(item.uuid).note(uuid_text(item.uuid));
+    return event.word(item.instance).octets(item.uuid);
 }
 
 void hold_link(Hub& hub, Device& device) {

@@ -6,20 +6,14 @@
 namespace sim {
 
 Event link_event(const Device& device) {
-    return Event("BI", "link state")
-        .byte(kSuccess, "status")
+    return Event("BI")
+        .byte(kSuccess)
         .address(device.address)
-        .byte(device.connected ? kLinkUp : kLinkDown)
-        .note(device.connected ? "up" : "down");
+        .byte(device.connected ? kLinkUp : kLinkDown);
 }
 
 Event bond_event(Status status, const Address& address, BondState state) {
-    static constexpr std::array<const char*, 3> kNames{"none", "bonding", "bonded"};
-    return Event("BH", "bond state")
-        .byte(status, "status")
-        .address(address)
-        .byte(state)
-        .note(kNames.at(state));
+    return Event("BH").byte(status).address(address).byte(state);
 }
 
 void set_link(Hub& hub, Device& device, bool up) {

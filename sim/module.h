@@ -95,7 +95,6 @@ struct Hub {
 
 struct Command {
     std::string_view tag;
-    std::string_view name;
     std::function<void(Fields&)> run;
 };
 
@@ -121,11 +120,10 @@ protected:
     World& world() { return hub_.world; }
     void send(const Event& event) { hub_.out.send(event); }
 
-    /// One row of commands(): a tag, its name and the member function that carries it out.
+    /// One row of commands(): a tag and the member function that carries it out.
     template <typename Derived>
-    Command row(std::string_view tag, std::string_view name, void (Derived::*handler)(Fields&)) {
-        return {tag, name,
-                [self = static_cast<Derived*>(this), handler](Fields& f) { (self->*handler)(f); }};
+    Command row(std::string_view tag, void (Derived::*handler)(Fields&)) {
+        return {tag, [self = static_cast<Derived*>(this), handler](Fields& f) { (self->*handler)(f); }};
     }
 
 private:

@@ -85,7 +85,7 @@ Event entry(uint8_t object, size_t index, const std::string& kind, const std::st
     if (!time.empty()) {
         text += ' ' + time;
     }
-    return Event("TD", "entry").text(text);
+    return Event("TD").text(text);
 }
 
 class PhoneBook : public Module {
@@ -97,12 +97,9 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("TA", "get phone book", &PhoneBook::get),
-            row("TC", "connect phone book", &PhoneBook::connect),
-            row("TD", "disconnect phone book", &PhoneBook::disconnect),
-            row("TM", "set properties", &PhoneBook::mask),
-            row("TN", "get entry by number", &PhoneBook::get_by_number),
-            row("TW", "cancel", &PhoneBook::cancel),
+            row("TA", &PhoneBook::get),           row("TC", &PhoneBook::connect),
+            row("TD", &PhoneBook::disconnect),    row("TM", &PhoneBook::mask),
+            row("TN", &PhoneBook::get_by_number), row("TW", &PhoneBook::cancel),
         };
     }
 
@@ -123,10 +120,7 @@ private:
         if (!link_.is_up() && transferring_) {
             finish(kFail);
         }
-        send(Event("TS", "phone book state")
-                 .byte(up ? kConnected : kDisconnected, "status")
-                 .address(address)
-                 .note(up ? "connected" : "disconnected"));
+        send(Event("TS").byte(up ? kConnected : kDisconnected).address(address));
     }
 
     // What there is.
@@ -175,10 +169,7 @@ private:
         }
         if (count == 0) {
             const size_t size = status == kSuccess ? size_of(object) : 0;
-            send(Event("TE", "size")
-                     .word(object, "object")
-                     .word(static_cast<uint16_t>(size), "size")
-                     .word(status, "result"));
+            send(Event("TE").word(object).word(static_cast<uint16_t>(size)).word(status));
         } else if (status != kSuccess) {
             finish(status);
         } else if (transferring_) {
@@ -227,9 +218,9 @@ private:
         while (!photo.empty()) {
             const std::string_view piece = photo.substr(0, kPhotoPiece);
             photo.remove_prefix(piece.size());
-            events_.push_back(Event("TP", "photo")
-                                  .byte(photo.empty() ? kPhotoLast : kPhotoMore, "state")
-                                  .word(static_cast<uint16_t>(index), "of")
+            events_.push_back(Event("TP")
+                                  .byte(photo.empty() ? kPhotoLast : kPhotoMore)
+                                  .word(static_cast<uint16_t>(index))
                                   .block(piece));
         }
     }
@@ -264,7 +255,7 @@ private:
 
     void finish(Status status) {
         end_transfer();
-        send(Event("TC", "transfer ended").word(status, "result"));
+        send(Event("TC").word(status));
     }
 
     void cancel(Fields& fields) {

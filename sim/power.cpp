@@ -15,13 +15,10 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("PB", "enable", &Power::enable),
-            row("PE", "enable without firmware download", &Power::enable),
-            row("PC", "disable", &Power::disable),
-            row("PV", "get version", &Power::version),
-            row("PD", "preset address", &Power::preset_address),
-            row("BTOS", "system suspends", &Power::suspend),
-            row("BTOW", "system wakes up", &Power::wake_up),
+            row("PB", &Power::enable),         row("PE", &Power::enable),
+            row("PC", &Power::disable),        row("PV", &Power::version),
+            row("PD", &Power::preset_address), row("BTOS", &Power::suspend),
+            row("BTOW", &Power::wake_up),
         };
     }
 
@@ -30,7 +27,7 @@ public:
 private:
     void report() {
         const bool on = world().adapter.powered;
-        send(Event("PA", "adapter state").byte(on ? 1 : 0).note(on ? "on" : "off"));
+        send(Event("PA").byte(on ? 1 : 0));
     }
 
     void enable(Fields& fields) {
@@ -56,7 +53,7 @@ private:
 
     void version(Fields& fields) {
         fields.end();
-        send(Event("PV", "version").text(world().adapter.version));
+        send(Event("PV").text(world().adapter.version));
     }
 
     void preset_address(Fields& fields) {

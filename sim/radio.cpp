@@ -24,12 +24,9 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("BTB", "read RSSI", &Radio::read_rssi),
-            row("BTOR", "read local address", &Radio::read_address),
-            row("BTL", "LE test", &Radio::le_test),
-            row("BTP", "set loopback mode", &Radio::loopback),
-            row("BEA", "read local out-of-band data", &Radio::oob_data),
-            row("BEB", "read local extended out-of-band data", &Radio::oob_data_extended),
+            row("BTB", &Radio::read_rssi), row("BTOR", &Radio::read_address),
+            row("BTL", &Radio::le_test),   row("BTP", &Radio::loopback),
+            row("BEA", &Radio::oob_data),  row("BEB", &Radio::oob_data_extended),
         };
     }
 
@@ -51,16 +48,13 @@ private:
         if (!world().adapter.powered) {
             status = kNotReady;
         }
-        send(Event("BS", "RSSI")
-                 .address(address)
-                 .byte(status, "status")
-                 .byte(static_cast<uint8_t>(connected ? device->rssi : 0))
-                 .note(connected ? std::to_string(device->rssi) + " dBm" : "not connected"));
+        send(Event("BS").address(address).byte(status).byte(
+            static_cast<uint8_t>(connected ? device->rssi : 0)));
     }
 
     void read_address(Fields& fields) {
         fields.end();
-        send(Event("BR", "local address").byte(kSuccess, "status").address(world().adapter.address));
+        send(Event("BR").byte(kSuccess).address(world().adapter.address));
     }
 
     void le_test(Fields& fields) {
@@ -74,10 +68,7 @@ private:
         fields.end();
         uint16_t packets = 0;
         const Status status = run_test(operation, parameters, packets);
-        send(Event("BQ", "LE test")
-                 .byte(static_cast<uint8_t>(operation), "operation")
-                 .byte(status, "status")
-                 .word(packets, "packets"));
+        send(Event("BQ").byte(static_cast<uint8_t>(operation)).byte(status).word(packets));
     }
 
     Status run_test(uint16_t operation, const std::vector<uint8_t>& parameters, uint16_t& packets) {
@@ -124,8 +115,8 @@ private:
         fields.end();
         const Adapter& a = world().adapter;
         const Octets16 none{};
-        send(Event("BU", "local out-of-band data")
-                 .byte(a.powered ? kSuccess : kNotReady, "status")
+        send(Event("BU")
+                 .byte(a.powered ? kSuccess : kNotReady)
                  .octets(a.powered ? a.oob_c192 : none)
                  .octets(a.powered ? a.oob_r192 : none));
     }
@@ -134,8 +125,8 @@ private:
         fields.end();
         const Adapter& a = world().adapter;
         const Octets16 none{};
-        send(Event("BV", "local extended out-of-band data")
-                 .byte(a.powered ? kSuccess : kNotReady, "status")
+        send(Event("BV")
+                 .byte(a.powered ? kSuccess : kNotReady)
                  .octets(a.powered ? a.oob_c192 : none)
                  .octets(a.powered ? a.oob_r192 : none)
                  .octets(a.powered ? a.oob_c256 : none)

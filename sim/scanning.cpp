@@ -25,15 +25,15 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("KC", "scan", &Scanning::scan),
-            row("KXB", "scan parameters", &Scanning::parameters),
-            row("KXC", "add scan filter", &Scanning::add_filter),
-            row("KXD", "delete scan filter", &Scanning::delete_filter),
-            row("KXE", "add filter parameters", &Scanning::add_filter_parameters),
-            row("KXF", "clear filter parameters", &Scanning::clear_filter_parameters),
-            row("KXG", "delete filter parameters", &Scanning::delete_filter_parameters),
-            row("KXH", "clear scan filters", &Scanning::clear_filters),
-            row("KXI", "enable scan filters", &Scanning::enable_filters),
+            row("KC", &Scanning::scan),
+            row("KXB", &Scanning::parameters),
+            row("KXC", &Scanning::add_filter),
+            row("KXD", &Scanning::delete_filter),
+            row("KXE", &Scanning::add_filter_parameters),
+            row("KXF", &Scanning::clear_filter_parameters),
+            row("KXG", &Scanning::delete_filter_parameters),
+            row("KXH", &Scanning::clear_filters),
+            row("KXI", &Scanning::enable_filters),
         };
     }
 
@@ -92,7 +92,7 @@ private:
     }
 
     void report_name(const Device& device) {
-        send(Event("KC", "device name").address(device.address).block(device.name).note(device.name));
+        send(Event("KC").address(device.address).block(device.name));
     }
 
     // The crowd: evenly over the time in which everybody advertises once, as far as the radio can
@@ -124,12 +124,11 @@ private:
     }
 
     void report(const Device& device, DataType type, const std::string& data) {
-        send(Event("KB", type == kAdvertisement ? "advertisement" : "scan response")
+        send(Event("KB")
                  .address(device.address)
                  .byte(static_cast<uint8_t>(device.rssi))
                  .byte(type)
-                 .block(data)
-                 .note(hex_text(data)));
+                 .block(data));
     }
 
     void parameters(Fields& fields) {
@@ -140,9 +139,7 @@ private:
         constexpr uint16_t kShortest = 4;
         constexpr uint16_t kLongest = 0x4000;
         const bool good = window >= kShortest && window <= interval && interval <= kLongest;
-        send(Event("KZN", "scan parameters set")
-                 .byte(client_if, "client")
-                 .byte(good ? permission(client_if) : kGattError, "status"));
+        send(Event("KZN").byte(client_if).byte(good ? permission(client_if) : kGattError));
     }
 
     /// Whether a client may ask for something of the radio.
@@ -172,12 +169,8 @@ private:
     }
 
     void send_filter(FilterAction action, uint8_t client_if, GattStatus status, uint16_t kind) {
-        send(Event("KZB", "scan filter")
-                 .dword(action, "action")
-                 .byte(client_if, "client")
-                 .byte(status, "status")
-                 .dword(kind, "type")
-                 .dword(static_cast<uint32_t>(filters_.space()), "space"));
+        send(Event("KZB").dword(action).byte(client_if).byte(status).dword(kind).dword(
+            static_cast<uint32_t>(filters_.space())));
     }
 
     void add_filter(Fields& fields) {
@@ -216,11 +209,8 @@ private:
     }
 
     void send_parameters(FilterAction action, uint8_t client_if, GattStatus status) {
-        send(Event("KZC", "filter parameters")
-                 .dword(action, "action")
-                 .byte(client_if, "client")
-                 .byte(status, "status")
-                 .dword(static_cast<uint32_t>(filters_.parameter_space()), "space"));
+        send(Event("KZC").dword(action).byte(client_if).byte(status).dword(
+            static_cast<uint32_t>(filters_.parameter_space())));
     }
 
     void add_filter_parameters(Fields& fields) {
@@ -273,11 +263,7 @@ private:
         if (status == kGattSuccess) {
             filters_.enable(on);
         }
-        send(Event("KZD", "scan filters")
-                 .dword(on ? 1 : 0)
-                 .note(on ? "on" : "off")
-                 .byte(client_if, "client")
-                 .byte(status, "status"));
+        send(Event("KZD").dword(on ? 1 : 0).byte(client_if).byte(status));
     }
 
     std::shared_ptr<LowEnergy> low_energy_;

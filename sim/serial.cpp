@@ -70,11 +70,9 @@ public:
 
     std::vector<Command> commands() override {
         return {
-            row("SE", "connect serial port", &Serial::connect),
-            row("SF", "disconnect serial port", &Serial::disconnect),
-            row("SL", "open serial server", &Serial::listen),
-            row("SM", "fetch serial channels", &Serial::fetch_channels),
-            row("SN", "close serial server", &Serial::close_server),
+            row("SE", &Serial::connect),      row("SF", &Serial::disconnect),
+            row("SL", &Serial::listen),       row("SM", &Serial::fetch_channels),
+            row("SN", &Serial::close_server),
         };
     }
 
@@ -147,16 +145,16 @@ private:
         const bool up = status == kSuccess;
         const uint16_t size = up ? SerialData::kFrameSize : 0;
         const uint8_t credits = up ? SerialData::kCredits : 0;
-        send(Event("SE", "serial connection")
-                 .byte(status, "status")
+        send(Event("SE")
+                 .byte(status)
                  .address(port.peer)
-                 .byte(port.channel, "channel")
-                 .dword(port.handle, "handle")
+                 .byte(port.channel)
+                 .dword(port.handle)
                  .word(size)
                  .word(size)
                  .byte(credits)
                  .byte(credits)
-                 .byte(port.is_server ? 1 : 0, "server"));
+                 .byte(port.is_server ? 1 : 0));
     }
 
     void come_up(Port& port) {
@@ -171,9 +169,7 @@ private:
             report(why, port);
         } else {
             data_.end(port.handle);
-            send(Event("SF", "serial connection ended")
-                     .byte(why, "status")
-                     .dword(port.handle, "handle"));
+            send(Event("SF").byte(why).dword(port.handle));
         }
         remove(port);
     }
@@ -290,14 +286,11 @@ private:
         if (device != nullptr && world().adapter.powered) {
             for (const SerialService& service : device->serial_services) {
                 if (service.uuid == uuid) {
-                    send(Event("SM", "serial channel")
-                             .address(address)
-                             .octets(uuid)
-                             .byte(service.channel, "channel"));
+                    send(Event("SM").address(address).octets(uuid).byte(service.channel));
                 }
             }
         }
-        send(Event("SN", "no more serial channels").address(address).octets(uuid).byte(0));
+        send(Event("SN").address(address).octets(uuid).byte(0));
     }
 
     // Servers of the client.
@@ -316,9 +309,7 @@ private:
         } else if (!channel || is_taken(*channel)) {
             status = kBusy;
         }
-        send(Event("SL", "serial server")
-                 .byte(status, "status")
-                 .byte(status == kSuccess ? *channel : 0, "channel"));
+        send(Event("SL").byte(status).byte(status == kSuccess ? *channel : 0));
         if (status == kSuccess) {
             hub().log.note("offered as \"" + printable(name) + '"');
             open_server(*channel);

@@ -3,6 +3,7 @@
 
 #include "server.h"
 
+#include "described.h"
 #include "modules.h"
 
 #include <cerrno>
@@ -176,14 +177,16 @@ void Server::client_gone() {
 
 void Server::send(const Event& event) {
     if (client_) {
-        log_.event(event.description());
+        if (log_.shows_traffic()) {
+            log_.event(described(protocol::Direction::Event, event.bytes()));
+        }
         client_->send(event.bytes() + '\0');
     }
 }
 
 void Server::hand_over(uint8_t id, UniqueFd fd) {
     if (client_) {
-        send(Event("PD", "data transport").byte(id, "id").dword(static_cast<uint32_t>(fd.get())));
+        send(Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get())));
         log_.event("descriptor");
         client_->send_descriptor(std::move(fd));
     }

@@ -209,41 +209,31 @@ void Fields::end() const {
     }
 }
 
-Event::Event(std::string_view tag, std::string_view name) : bytes_(tag), description_(tag) {
-    description_ += ' ';
-    description_ += name;
-}
-
-Event& Event::number(uint32_t value, int width, const char* label) {
+Event& Event::number(uint32_t value, int width) {
     bytes_ += hex(value, width);
-    if (label != nullptr) {
-        note(label);
-        note(std::to_string(value));
-    }
     return *this;
 }
 
-Event& Event::byte(uint8_t value, const char* label) {
-    return number(value, 2, label);
+Event& Event::byte(uint8_t value) {
+    return number(value, 2);
 }
 
-Event& Event::word(uint16_t value, const char* label) {
-    return number(value, 4, label);
+Event& Event::word(uint16_t value) {
+    return number(value, 4);
 }
 
-Event& Event::dword(uint32_t value, const char* label) {
-    return number(value, 8, label);
+Event& Event::dword(uint32_t value) {
+    return number(value, 8);
 }
 
 Event& Event::address(const Address& value) {
-    const std::string text = to_string(value);
-    bytes_ += text;
-    return note(text);
+    bytes_ += to_string(value);
+    return *this;
 }
 
 Event& Event::octets(const Octets16& value) {
     for (const uint8_t octet : value) {
-        bytes_ += hex(octet, 2);
+        byte(octet);
     }
     return *this;
 }
@@ -258,14 +248,7 @@ Event& Event::block(std::string_view raw_bytes) {
 }
 
 Event& Event::text(std::string_view value) {
-    const std::string_view kept = value.substr(0, value.find('\0'));
-    bytes_ += kept;
-    return note('"' + printable(kept) + '"');
-}
-
-Event& Event::note(std::string_view words) {
-    description_ += ' ';
-    description_ += words;
+    bytes_ += value.substr(0, value.find('\0'));
     return *this;
 }
 

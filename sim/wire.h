@@ -93,32 +93,28 @@ private:
     size_t position_ = 0;
 };
 
-/// Builds one event. Labelled fields also appear in its description, the line that the log shows.
+/// Builds one event.
 class Event {
 public:
-    Event(std::string_view tag, std::string_view name);
+    explicit Event(std::string_view tag) : bytes_(tag) {}
 
-    Event& byte(uint8_t value, const char* label = nullptr);
-    Event& word(uint16_t value, const char* label = nullptr);
-    Event& dword(uint32_t value, const char* label = nullptr);
+    Event& byte(uint8_t value);
+    Event& word(uint16_t value);
+    Event& dword(uint32_t value);
     Event& address(const Address& value);
     Event& octets(const Octets16& value);
     /// A counted escaped block.
     Event& block(std::string_view raw_bytes);
     /// Trailing text, cut at its first NUL: a NUL inside would end the event.
     Event& text(std::string_view value);
-    /// Adds to the description only.
-    Event& note(std::string_view words);
 
     /// The event without its NUL.
     const std::string& bytes() const { return bytes_; }
-    const std::string& description() const { return description_; }
 
 private:
-    Event& number(uint32_t value, int width, const char* label);
+    Event& number(uint32_t value, int width);
 
     std::string bytes_;
-    std::string description_;
 };
 
 } // namespace sim

@@ -218,8 +218,9 @@ TEST(SimAvrcp, SettingsAreReadAndChanged) {
     EXPECT_EQ(sim.answers("RE" + kPhone + "010001\x02").back(), "RG" + kPhone + "0003\x01\x02\x03");
     EXPECT_EQ(sim.answers("RF" + kPhone + "020002\x02\x03"), Strings{});
     sim.stop();
-    EXPECT_NE(sim.log().find("malformed command, ignored: RF set player settings: settings: the count"),
-              std::string::npos);
+    EXPECT_NE(
+        sim.log().find("malformed command, ignored: avrcp set_player_app_setting: settings: the count"),
+        std::string::npos);
 }
 
 TEST(SimAvrcp, VolumeAnswersAreComparedWithTheirLabels) {

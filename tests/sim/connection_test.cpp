@@ -235,9 +235,11 @@ TEST(SimConnection, TheLogNamesCommandsAndEvents) {
     EXPECT_EQ(client.events(5).back(), "BE00");
     sim.stop();
     const std::string log = sim.log();
-    EXPECT_NE(log.find("<- BK start discovery\n"), std::string::npos);
-    EXPECT_NE(log.find("-> BE discovery started\n"), std::string::npos);
-    EXPECT_NE(log.find("-> BD device found 112233445566 \"Kitchen speaker\"\n"), std::string::npos);
+    EXPECT_NE(log.find("<- bluetooth start_discovery\n"), std::string::npos);
+    EXPECT_NE(log.find("-> bluetooth onDiscoveryStateChanged state=1\n"), std::string::npos);
+    EXPECT_NE(log.find("-> bluetooth onDeviceFound address=11:22:33:44:55:66 type=1 class=2360340 "
+                       "rssi=189 services={services=[4363, 4366, 4382]} name=\"Kitchen speaker\"\n"),
+              std::string::npos);
 }
 
 TEST(SimConnection, ASocketFileLeftBehindIsReplaced) {

@@ -17,18 +17,18 @@ struct Fixture {
     std::string ran;
 
     Fixture() {
-        dispatcher.add({{"BT", "short", [this](sim::Fields&) { ran += "BT;"; }},
-                        {"BTA", "long",
-                         [this](sim::Fields& f) { ran += "BTA" + std::to_string(f.byte("n")) + ";"; }},
-                        {"BX", "broken", [](sim::Fields&) { throw std::runtime_error("no way"); }}});
+        dispatcher.add(
+            {{"BK", [this](sim::Fields&) { ran += "BK;"; }},
+             {"BA", [this](sim::Fields& f) { ran += "BA" + std::to_string(f.byte("n")) + ";"; }},
+             {"BL", [](sim::Fields&) { throw std::runtime_error("no way"); }}});
     }
 };
 
-TEST(SimDispatcher, TheLongestTagIsMeant) {
+TEST(SimDispatcher, FieldsBeginWhereTheTagEnds) {
     Fixture s;
-    s.dispatcher.run("AT#BTA0C\r\n");
-    s.dispatcher.run("AT#BTB\r\n");
-    EXPECT_EQ(s.ran, "BTA12;BT;");
+    s.dispatcher.run("AT#BA0C\r\n");
+    s.dispatcher.run("AT#BK\r\n");
+    EXPECT_EQ(s.ran, "BA12;BK;");
     EXPECT_EQ(s.text.str(), "");
 }
 
@@ -36,6 +36,12 @@ TEST(SimDispatcher, AnUnknownCommandIsNamedInOneLine) {
     Fixture s;
     s.dispatcher.run("AT#ZZ01\x01\r\n");
     EXPECT_EQ(s.text.str(), "vym-sim: unknown command, ignored: \"AT#ZZ01\\x01\"\n");
+}
+
+TEST(SimDispatcher, ACommandThatNobodyCarriesOutIsUnknownToo) {
+    Fixture s;
+    s.dispatcher.run("AT#BM112233445566\r\n");
+    EXPECT_EQ(s.text.str(), "vym-sim: unknown command, ignored: \"AT#BM112233445566\"\n");
 }
 
 TEST(SimDispatcher, TextThatIsNoCommandIsShown) {
@@ -50,20 +56,26 @@ TEST(SimDispatcher, TextThatIsNoCommandIsShown) {
 
 TEST(SimDispatcher, AMalformedCommandNamesItsFault) {
     Fixture s;
-    s.dispatcher.run("AT#BTA1\r\n");
-    EXPECT_EQ(s.text.str(),
-              "vym-sim: malformed command, ignored: BTA long: n: 2 characters expected, 1 left\n");
+    s.dispatcher.run("AT#BA1\r\n");
+    EXPECT_EQ(s.text.str(), "vym-sim: malformed command, ignored: bluetooth get_adapter_property: n: 2 "
+                            "characters expected, 1 left\n");
 }
 
 TEST(SimDispatcher, AHandlerThatThrowsEndsOnlyItself) {
     Fixture s;
-    EXPECT_NO_THROW(s.dispatcher.run("AT#BX\r\n"));
-    EXPECT_EQ(s.text.str(), "vym-sim: command failed: BX broken: no way\n");
+    EXPECT_NO_THROW(s.dispatcher.run("AT#BL\r\n"));
+    EXPECT_EQ(s.text.str(), "vym-sim: command failed: bluetooth stop_discovery: no way\n");
 }
 
 TEST(SimDispatcher, ATagOfTwoModulesIsRefused) {
     Fixture s;
-    EXPECT_THROW(s.dispatcher.add({{"BT", "again", [](sim::Fields&) {}}}), std::logic_error);
+    EXPECT_THROW(s.dispatcher.add({{"BK", [](sim::Fields&) {}}}), std::logic_error);
+}
+
+TEST(SimDispatcher, ATagThatTheProtocolDoesNotHaveIsRefused) {
+    Fixture s;
+    EXPECT_THROW(s.dispatcher.add({{"ZZ", [](sim::Fields&) {}}}), std::logic_error);
+    EXPECT_THROW(s.dispatcher.add({{"BAA", [](sim::Fields&) {}}}), std::logic_error);
 }
 
 } // namespace

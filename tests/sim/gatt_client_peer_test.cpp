@@ -96,11 +96,12 @@ TEST(SimGattClient, MalformedCommandsAreNamed) {
     EXPECT_EQ(sim.answers("KL0001"), Strings{});
     EXPECT_EQ(sim.answers("KF01" + kStrap + "0001FF"), Strings{});
     sim.stop();
-    EXPECT_NE(sim.log().find("malformed command, ignored: KA register GATT client: UUID"),
+    EXPECT_NE(sim.log().find("malformed command, ignored: gatt_client register: UUID"),
               std::string::npos);
-    EXPECT_NE(sim.log().find("malformed command, ignored: KL read characteristic: service type"),
-              std::string::npos);
-    EXPECT_NE(sim.log().find("malformed command, ignored: KF disconnect from peripheral: surplus"),
+    EXPECT_NE(
+        sim.log().find("malformed command, ignored: gatt_client read_characteristic: service type"),
+        std::string::npos);
+    EXPECT_NE(sim.log().find("malformed command, ignored: gatt_client disconnect: surplus"),
               std::string::npos);
 }
 

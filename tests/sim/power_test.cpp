@@ -109,7 +109,7 @@ TEST(SimPower, SuspendHintsChangeTheWorldAndAnswerNothing) {
     EXPECT_EQ(client.events_until_version(), Strings{});
     sim.stop();
     EXPECT_TRUE(sim.world().adapter.suspended);
-    EXPECT_NE(sim.log().find("<- BTOW system wakes up\n"), std::string::npos);
+    EXPECT_NE(sim.log().find("<- bluetooth os_wakeup_action\n"), std::string::npos);
 }
 
 } // namespace

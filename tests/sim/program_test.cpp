@@ -146,8 +146,8 @@ TEST(SimProgram, LogShowsCommandsAndEvents) {
     EXPECT_EQ(client.event(), "PVvym-sim 1.0");
     program.signal(SIGTERM);
     EXPECT_EQ(program.exit_code(), 0);
-    EXPECT_EQ(program.errors(),
-              "   client connected\n<- PV get version\n-> PV version \"vym-sim 1.0\"\n");
+    EXPECT_EQ(program.errors(), "   client connected\n<- bluetooth get_version\n"
+                                "-> bluetooth onBtVersion version=\"vym-sim 1.0\"\n");
 }
 
 TEST(SimProgram, TrafficGoesToItsFile) {

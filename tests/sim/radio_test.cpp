@@ -69,7 +69,7 @@ TEST(SimRadio, AParameterCountBeyondTheCommandIsMalformed) {
     TestClient client = sim.client();
     EXPECT_EQ(answers(client, "AT#BTL0001FFFF13\r\n"), Strings{});
     sim.stop();
-    EXPECT_NE(sim.log().find("vym-sim: malformed command, ignored: BTL LE test: parameter:"),
+    EXPECT_NE(sim.log().find("vym-sim: malformed command, ignored: bluetooth le_test: parameter:"),
               std::string::npos);
 }
 

@@ -184,6 +184,12 @@ RunningSim::RunningSim(sim::World world, sim::Pace pace) {
 
 RunningSim::~RunningSim() {
     stop();
+    // Whatever it has sent is as the protocol describes it: a line ends in brackets when it is not.
+    std::istringstream lines(log_.str());
+    for (std::string line; std::getline(lines, line);) {
+        const bool is_event = line.substr(0, 3) == "-> ";
+        EXPECT_FALSE(is_event && (line.back() == ')' || line.substr(3, 7) == "unknown")) << line;
+    }
 }
 
 void RunningSim::stop() {

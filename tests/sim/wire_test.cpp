@@ -79,7 +79,7 @@ TEST(SimWire, TheRefusalNamesTheField) {
 }
 
 TEST(SimWire, AnEventIsItsTagAndItsFields) {
-    const sim::Event event = sim::Event("BX", "example")
+    const sim::Event event = sim::Event("BX")
                                  .byte(0x0A)
                                  .word(0xBCD)
                                  .dword(0x12345678)
@@ -87,11 +87,10 @@ TEST(SimWire, AnEventIsItsTagAndItsFields) {
                                  .block("\x00z"s)
                                  .text("name");
     EXPECT_EQ(event.bytes(), "BX0A0BCD12345678A1B2C3D4E5F60003\xDC\xDDzname");
-    EXPECT_EQ(event.description(), "BX example A1B2C3D4E5F6 \"name\"");
 }
 
 TEST(SimWire, TextOfAnEventEndsAtItsFirstNul) {
-    EXPECT_EQ(sim::Event("BX", "example").text("ab\0cd"s).bytes(), "BXab");
+    EXPECT_EQ(sim::Event("BX").text("ab\0cd"s).bytes(), "BXab");
 }
 
 TEST(SimWire, ARecordIsCutAtWhatItsLengthCanSay) {
