@@ -30,52 +30,49 @@ std::string Raw(const void* bytes, size_t size) {
     return {static_cast<const char*>(bytes), size};
 }
 
-// The cache of the getters, read as they do.
-class Cache {
-public:
-    Cache() : held_(state_.cache_lock) {}
-
-    // What it holds of an adapter's property, in the bytes of the property; "none" for what it does not
-    // keep.
-    std::string OfAdapter(uint32_t type) {
-        switch (type) {
-        case 1:
-            return reinterpret_cast<const char*>(state_.name.name);
-        case 2:
-            return Raw(&state_.address, sizeof state_.address);
-        case 4:
-            return Raw(&state_.class_of_device, 4);
-        case 7:
-            return Raw(&state_.scan_mode, 4);
-        case 9:
-            return Raw(&state_.discoverable_timeout, 4);
-        case 35:
-            return Raw(&state_.num_of_bonded_devices, 4);
-        default:
-            return "none";
-        }
+// What the getters' cache holds of an adapter's property, in the bytes of the property; "none" for what
+// it does not keep.
+std::string CachedOfAdapter(uint32_t type) {
+    const vym::lock_guard held(vym::s_adapter.cache_lock);
+    switch (type) {
+    case 1:
+        return reinterpret_cast<const char*>(vym::s_adapter.name.name);
+    case 2:
+        return Raw(&vym::s_adapter.address, sizeof vym::s_adapter.address);
+    case 4:
+        return Raw(&vym::s_adapter.class_of_device, 4);
+    case 7:
+        return Raw(&vym::s_adapter.scan_mode, 4);
+    case 9:
+        return Raw(&vym::s_adapter.discoverable_timeout, 4);
+    case 35:
+        return Raw(&vym::s_adapter.num_of_bonded_devices, 4);
+    default:
+        return "none";
     }
+}
 
-    std::string OfDevice(uint32_t type, size_t length) {
-        switch (type) {
-        case 3: // at most five
-            return Raw(state_.uuids.services_128bit, size_t{16} * state_.uuids.num_service_128bit);
-        case 32:
-            return Raw(&state_.priority, 1);
-        case 33:
-            return Raw(&state_.manuf_code, length);
-        default:
-            return "none";
-        }
+std::string CachedOfDevice(uint32_t type, size_t length) {
+    const vym::lock_guard held(vym::s_adapter.cache_lock);
+    switch (type) {
+    case 3: { // at most five
+        const bt_128_service_t uuids = vym::s_adapter.uuids;
+        return Raw(uuids.services_128bit, size_t{16} * uuids.num_service_128bit);
     }
+    case 32:
+        return Raw(&vym::s_adapter.priority, 1);
+    case 33:
+        return Raw(&vym::s_adapter.manuf_code, length);
+    default:
+        return "none";
+    }
+}
 
-    // The last of the server's list.
-    bt_remote_device_t LastSaved() { return state_.bonded_devices[state_.bonded_device_number - 1]; }
-
-private:
-    vym::adapter_state& state_ = vym::s_adapter;
-    vym::lock_guard held_;
-};
+// The last of the server's list of bonded devices.
+bt_remote_device_t LastSaved() {
+    const vym::lock_guard held(vym::s_adapter.cache_lock);
+    return vym::s_adapter.bonded_devices[vym::s_adapter.bonded_device_number - 1];
+}
 
 class KeptValues : public support::AdapterTest {
 protected:
@@ -111,7 +108,7 @@ protected:
         if (Find(device, "total")->number == 0) {
             return; // no device at all
         }
-        const bt_remote_device_t saved = Cache().LastSaved();
+        const bt_remote_device_t saved = LastSaved();
         EXPECT_EQ(Raw(&saved.address, 6), Find(device, "address")->bytes);
         EXPECT_EQ(saved.class_of_device, Find(device, "class")->number);
         EXPECT_EQ(saved.num_service, Find(device, "service_count")->number);
@@ -132,7 +129,7 @@ protected:
         } else if (type == 15) {
             ExpectSaved(value[0].members);
         } else {
-            const std::string kept = Cache().OfAdapter(type);
+            const std::string kept = CachedOfAdapter(type);
             EXPECT_EQ(kept, kept == "none" ? "none" : protocol::encode({}, value)) << "type " << type;
         }
     }
@@ -146,7 +143,7 @@ protected:
         } else if (type == 4) {
             ExpectListed(address, nullptr, &value[0].number);
         } else {
-            const std::string kept = Cache().OfDevice(type, bytes.size());
+            const std::string kept = CachedOfDevice(type, bytes.size());
             EXPECT_EQ(kept, kept == "none" ? "none" : bytes.substr(0, 80)) << "type " << type;
         }
     }
