@@ -93,6 +93,19 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override {
+        return {
+            verb("player play", "somebody at the phone starts the music", &Avrcp::play),
+            verb("player pause", "pauses it", &Avrcp::pause),
+            verb("player stop", "stops it", &Avrcp::stop),
+            verb("player skip", "goes to the next track", &Avrcp::skip),
+            verb("player back", "goes to the track before", &Avrcp::back),
+            verb("player repeat off|track|all", "changes what is repeated", &Avrcp::repeat),
+            verb("player shuffle on|off", "changes the order", &Avrcp::shuffle),
+            verb("player volume LEVEL=0..127", "sets the client's volume", &Avrcp::ask_for_volume),
+        };
+    }
+
     void link_down(const Address& address) override { link_.lost(address); }
 
 private:
@@ -355,6 +368,43 @@ private:
     void note_volume(uint8_t volume, const std::string& how, bool expected) {
         hub().log.note("volume " + std::to_string(volume) + " " + how +
                        (expected ? "" : ", with a label that nobody waits for"));
+    }
+
+    // For the verbs.
+
+    Player& playable() {
+        if (world().phone.tracks.empty()) {
+            throw Refused("the player has no tracks");
+        }
+        return player();
+    }
+
+    void play(Given& /*given*/) { playable().play(); }
+    void pause(Given& /*given*/) { playable().pause(); }
+    void stop(Given& /*given*/) { playable().stop(); }
+    void skip(Given& /*given*/) { playable().skip(true); }
+    void back(Given& /*given*/) { playable().skip(false); }
+
+    void set_by_phone(PlayerSetting setting, uint8_t value) {
+        player().set(setting, value);
+        if (media_->control) {
+            report_settings({setting});
+        }
+    }
+
+    void repeat(Given& given) {
+        const std::string& what = given.text(0);
+        set_by_phone(kRepeat, what == "off" ? kRepeatOff : what == "track" ? kRepeatTrack : kRepeatAll);
+    }
+
+    void shuffle(Given& given) { set_by_phone(kShuffle, given.is_on(0) ? 2 : 1); }
+
+    void ask_for_volume(Given& given) {
+        if (!media_->control) {
+            throw Refused("there is no remote control connection");
+        }
+        volume_label_ = next_label();
+        send(Event("RH").address(media_->control->peer).byte(given.number(0)).byte(*volume_label_));
     }
 
     // Questions.

@@ -26,6 +26,16 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override {
+        return {verb("device DEVICE pair", "the device asks to be paired", &Bonding::pair_by_device)};
+    }
+
+    void link_down(const Address& address) override {
+        if (is_pending(address)) {
+            end_pairing(kDeviceDown);
+        }
+    }
+
     void radio_off() override {
         if (pending_) {
             end_pairing(kNotReady);
@@ -46,7 +56,7 @@ private:
 
     /// The device to pair with, or nullptr when the request was answered already.
     Device* begin(const Address& address) {
-        Device* device = world().find(address);
+        Device* device = world().reach(address);
         if (!world().adapter.powered) {
             report(kNotReady, address, kBondNone);
         } else if (device == nullptr) {
@@ -65,17 +75,39 @@ private:
     void create(Fields& fields) {
         const Address address = fields.address();
         fields.end();
-        Device* device = begin(address);
-        if (device == nullptr) {
+        if (Device* device = begin(address)) {
+            pair(*device);
+        }
+    }
+
+    void pair(Device& device) {
+        if (device.pairing == Pairing::JustWorks) {
+            succeed(device);
             return;
         }
-        if (device->pairing == Pairing::JustWorks) {
-            succeed(*device);
-            return;
-        }
-        pending_ = address;
+        pending_ = device.address;
         timeout_.start(hub().pace.pairing_timeout, [this] { end_pairing(kAuthFailure); });
-        ask(*device);
+        ask(device);
+    }
+
+    /// The device begins.
+    void pair_by_device(Given& given) {
+        Device& device = given.device(0);
+        const std::string name = '"' + device.name + '"';
+        if (!world().adapter.powered) {
+            throw Refused("the adapter is off");
+        }
+        if (!device.in_range) {
+            throw Refused(name + " is out of range");
+        }
+        if (world().is_bonded(device.address)) {
+            throw Refused(name + " is bonded already");
+        }
+        if (pending_) {
+            throw Refused("another pairing is under way");
+        }
+        report(kSuccess, device.address, kBonding);
+        pair(device);
     }
 
     void ask(const Device& device) {

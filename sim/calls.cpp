@@ -109,6 +109,21 @@ bool Calls::give_up() {
     return settle(release(CallState::Waiting) || incoming);
 }
 
+bool Calls::leave(uint8_t index) {
+    if (index == 0 && !calls_.empty()) {
+        const Call* one = ringing();
+        one = one != nullptr ? one : outgoing();
+        index = one != nullptr ? one->index : calls_.back().index;
+    }
+    const auto it = std::find_if(calls_.begin(), calls_.end(),
+                                 [index](const Call& call) { return call.index == index; });
+    if (it == calls_.end()) {
+        return false;
+    }
+    calls_.erase(it);
+    return settle(true);
+}
+
 bool Calls::hold_by_response() {
     Call* incoming = find(CallState::Incoming);
     if (incoming == nullptr) {

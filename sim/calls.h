@@ -72,6 +72,9 @@ public:
     bool progress();
     /// The caller gives up.
     bool give_up();
+    /// The far end of a call hangs up, whatever the call's state. Without an index it is the one that
+    /// rings or is placed, else the one with the highest index.
+    bool leave(uint8_t index);
     /// The phone's own side puts the incoming call on hold.
     bool hold_by_response();
     /// `index` counts only where the action takes one; 0 is none.

@@ -50,6 +50,16 @@ void Central::explore(const OwnService& own) {
     go_on();
 }
 
+void Central::read(const OwnService& own, uint16_t handle) {
+    plan(own, Kind::Read, handle);
+    go_on();
+}
+
+void Central::write(const OwnService& own, uint16_t handle, std::string value) {
+    plan(own, Kind::Write, handle, std::move(value));
+    go_on();
+}
+
 void Central::plan_writes(const OwnService& own) {
     uint16_t first = 0;
     for (const Characteristic& c : own.service.characteristics) {

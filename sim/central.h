@@ -53,6 +53,9 @@ public:
 
     /// Looks at a service that has been started; its server is connected.
     void explore(const OwnService& own);
+    /// One request about an attribute of such a service, after those that are planned.
+    void read(const OwnService& own, uint16_t handle);
+    void write(const OwnService& own, uint16_t handle, std::string value);
     /// False when no request waits for this.
     bool respond(const Response& response);
     /// Whether notifications or indications of this characteristic were asked for.

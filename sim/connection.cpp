@@ -42,11 +42,13 @@ Connection::Connection(Socket socket, Traffic& traffic, Listener listener)
     : socket_(std::move(socket)), traffic_(traffic), listener_(std::move(listener)),
       framer_({[this](std::string_view line) {
                    traffic_.received(line);
-                   listener_.line(line);
+                   if (!cut_) {
+                       listener_.line(line);
+                   }
                },
                [this](std::string_view bytes, bool first) {
                    traffic_.received(bytes);
-                   if (first) {
+                   if (first && !cut_) {
                        listener_.line_too_long();
                    }
                }}) {
@@ -69,14 +71,22 @@ void Connection::start() {
     await_input();
 }
 
+void Connection::hold(bool on) {
+    held_ = on;
+    if (!on) {
+        flush();
+        await_input();
+    }
+}
+
 void Connection::await_input() {
-    if (awaiting_input_ || ended_ || is_congested()) {
+    if (awaiting_input_ || ended_ || held_ || is_congested()) {
         return;
     }
     awaiting_input_ = true;
     socket_.async_wait(Socket::wait_read, [self = shared_from_this()](const asio::error_code& error) {
         self->awaiting_input_ = false;
-        if (!error && !self->ended_) {
+        if (!error && !self->ended_ && !self->held_) {
             self->read_some();
         }
     });
@@ -132,7 +142,7 @@ void Connection::front_sent() {
 }
 
 void Connection::flush() {
-    if (awaiting_output_ || ended_) {
+    if (awaiting_output_ || ended_ || held_) {
         return;
     }
     while (!queue_.empty() && !output_broken_) {

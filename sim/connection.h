@@ -40,6 +40,11 @@ public:
     /// calls this before it goes, because waits in the event loop may keep the object alive for longer.
     void finish();
 
+    /// Nothing of what the client has sent or will send counts any more; finish() is to follow.
+    void cut() { cut_ = true; }
+    /// While it is held, nothing is read and nothing is sent; what is to be sent waits.
+    void hold(bool on);
+
     /// Both queue what the socket does not take at once and never block.
     void send(std::string bytes);
     /// Sends one 0x00 byte that carries the descriptor, then closes this end's copy.
@@ -70,6 +75,8 @@ private:
     bool awaiting_output_ = false;
     bool output_broken_ = false;
     bool ended_ = false;
+    bool cut_ = false;
+    bool held_ = false;
 };
 
 } // namespace sim

@@ -64,7 +64,7 @@ private:
 
     void step() {
         const std::vector<Device>& devices = world().devices;
-        while (next_ < devices.size() && !devices[next_].discoverable) {
+        while (next_ < devices.size() && !(devices[next_].discoverable && devices[next_].in_range)) {
             ++next_;
         }
         if (next_ == devices.size()) {

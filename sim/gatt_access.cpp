@@ -37,6 +37,12 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override {
+        return {verb("peripheral DEVICE notify UUID HEX",
+                     "its characteristic has this value from now on, and tells who listens",
+                     &GattAccess::notify_value)};
+    }
+
 private:
     /// What the fields at the beginning of a command name.
     struct Target {
@@ -384,6 +390,43 @@ private:
             notify(connection, heard, characteristic);
         });
         tick_if_needed();
+    }
+
+    Characteristic* characteristic_of(Device& device, const Octets16& uuid) {
+        for (Service& service : device.peripheral.attributes.services()) {
+            for (Characteristic& characteristic : service.characteristics) {
+                if (characteristic.id.uuid == uuid) {
+                    return &characteristic;
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    void notify_value(Given& given) {
+        Characteristic* characteristic = characteristic_of(given.device(0), given.uuid(1));
+        if (characteristic == nullptr) {
+            throw Refused('"' + given.device(0).name + "\" has no characteristic " +
+                          uuid_text(given.uuid(1)));
+        }
+        if (given.text(2).size() > kLongestValue) {
+            throw Refused("a value has at most " + std::to_string(kLongestValue) + " bytes");
+        }
+        characteristic->value = given.text(2);
+        // It need not have room for a number that moves by itself any more.
+        characteristic->swing.reset();
+        bool heard = false;
+        for_each_notifying([&](const GattConnection& connection, const Registration& registration,
+                               Characteristic& notifying) {
+            if (&notifying == characteristic) {
+                notify(connection, registration, notifying);
+                heard = true;
+            }
+        });
+        if (!heard) {
+            throw Refused("nobody listens: the client has not registered for " +
+                          uuid_text(given.uuid(1)) + ", or not switched it on in its configuration");
+        }
     }
 
     void notify(const GattConnection& connection, const Registration& heard,

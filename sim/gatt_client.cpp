@@ -70,13 +70,25 @@ public:
         }
     }
 
+    void device_back(const Address& address) override {
+        for (Attempt& attempt : attempts_) {
+            if (attempt.address == address && attempt.entry == 0 &&
+                is_reachable(address, attempt.transport)) {
+                attempt.entry = connect_soon(attempt.client_if, address);
+            }
+        }
+    }
+
     void client_left() override { remove_all(); }
 
 private:
     struct Attempt {
         uint8_t client_if;
         Address address;
+        /// 0 while the device is waited for.
         uint64_t entry;
+        bool direct;
+        uint8_t transport;
     };
 
     // Registration.
@@ -170,13 +182,9 @@ private:
     }
 
     void attempt(uint8_t client_if, const Address& address, bool direct, uint8_t transport) {
-        const Device* device = world().find(address);
-        const bool reachable = device != nullptr && !device->peripheral.attributes.empty() &&
-                               (transport == kTransportAuto || transport == kTransportLe);
         uint64_t entry = 0;
-        if (reachable) {
-            entry = agenda_.add(hub().pace.profile_connect,
-                                [this, client_if, address] { connected(client_if, address); });
+        if (is_reachable(address, transport)) {
+            entry = connect_soon(client_if, address);
         } else if (direct) {
             hub().log.note(to_string(address) + " does not answer");
             entry = agenda_.add(hub().pace.le_connect_timeout,
@@ -184,7 +192,18 @@ private:
         } else {
             hub().log.note("waiting for " + to_string(address) + " to appear");
         }
-        attempts_.push_back({client_if, address, entry});
+        attempts_.push_back({client_if, address, entry, direct, transport});
+    }
+
+    bool is_reachable(const Address& address, uint8_t transport) {
+        const Device* device = world().reach(address);
+        return device != nullptr && !device->peripheral.attributes.empty() &&
+               (transport == kTransportAuto || transport == kTransportLe);
+    }
+
+    uint64_t connect_soon(uint8_t client_if, const Address& address) {
+        return agenda_.add(hub().pace.profile_connect,
+                           [this, client_if, address] { connected(client_if, address); });
     }
 
     Attempt* find_attempt(uint8_t client_if, const Address& address) {
@@ -208,7 +227,17 @@ private:
     }
 
     void connected(uint8_t client_if, const Address& address) {
-        cancel(*find_attempt(client_if, address));
+        Attempt& made = *find_attempt(client_if, address);
+        if (world().reach(address) == nullptr) {
+            // Carried away meanwhile.
+            if (made.direct) {
+                fail(made);
+            } else {
+                made.entry = 0;
+            }
+            return;
+        }
+        cancel(made);
         Device& device = *world().find(address);
         hold_link(hub(), device);
         const uint16_t id = low_energy_->add_connection(client_if, device).id;

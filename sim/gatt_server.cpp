@@ -55,6 +55,24 @@ public:
         }
     }
 
+    void device_back(const Address& address) override {
+        if (visitor(address) != nullptr) {
+            invite();
+        }
+    }
+
+    std::vector<Verb> verbs() override {
+        return {
+            verb("tablet connect", "the tablet comes without an invitation by advertising",
+                 &GattServer::bring_central),
+            verb("tablet disconnect", "it goes", &GattServer::send_central_away),
+            verb("tablet read HANDLE=1..65535", "it reads this attribute of the client",
+                 &GattServer::let_central_read),
+            verb("tablet write HANDLE=1..65535 HEX", "it writes this attribute of the client",
+                 &GattServer::let_central_write),
+        };
+    }
+
     void client_left() override {
         while (!low_energy_->servers().empty()) {
             remove_server(*low_energy_->servers().begin());
@@ -235,6 +253,9 @@ private:
 
     void visitor_comes(const Visitor& visitor) {
         // What is no longer so has stopped the approach, except for services.
+        if (!device_of(visitor).in_range) {
+            return;
+        }
         for (const uint8_t server_if : low_energy_->servers()) {
             const bool offers = std::any_of(
                 table().services().begin(), table().services().end(),
@@ -297,12 +318,17 @@ private:
     }
 
     void attempt(uint8_t server_if, const Address& address, bool direct) {
-        const Device* device = world().find(address);
+        const Device* device = world().reach(address);
         uint64_t entry = 0;
         if (device != nullptr && device->type != kClassic) {
             entry = agenda_.add(hub().pace.profile_connect, [this, server_if, address] {
+                Device* there = world().reach(address);
+                if (there == nullptr) {
+                    fail_attempt(server_if, address);
+                    return;
+                }
                 take_attempt(server_if, address);
-                connect_and_explore(*world().find(address), server_if);
+                connect_and_explore(*there, server_if);
             });
         } else if (direct) {
             hub().log.note(to_string(address) + " does not answer");
@@ -380,6 +406,71 @@ private:
             }
         }
         report_connection(gone.address, false, gone.id, gone.server_if);
+    }
+
+    // For the verbs.
+
+    template <typename Condition>
+    Visitor* first_visitor(Condition condition) {
+        const auto it = std::find_if(visitors_.begin(), visitors_.end(), condition);
+        return it == visitors_.end() ? nullptr : &*it;
+    }
+
+    void bring_central(Given& /*given*/) {
+        if (first_visitor([this](const Visitor& v) { return device_of(v).in_range; }) == nullptr) {
+            throw Refused("there is no tablet in range");
+        }
+        Visitor* next =
+            first_visitor([this](const Visitor& v) { return device_of(v).in_range && !is_here(v); });
+        if (next == nullptr) {
+            throw Refused("the tablet is connected already");
+        }
+        if (!has_started_service() || !world().adapter.powered) {
+            throw Refused("the client has started no service");
+        }
+        next->approach.stop();
+        visitor_comes(*next);
+    }
+
+    void send_central_away(Given& /*given*/) {
+        const Visitor* here = first_visitor([this](const Visitor& v) { return is_here(v); });
+        if (here == nullptr) {
+            throw Refused("the tablet is not connected");
+        }
+        close_all_of(here->central.address());
+    }
+
+    const OwnService& started_service_of(uint16_t handle) {
+        const OwnService* own = table().service_of(handle);
+        if (own == nullptr || !own->started) {
+            throw Refused("the client has no attribute " + std::to_string(handle));
+        }
+        return *own;
+    }
+
+    Central& central_at(const OwnService& own) {
+        Visitor* here = first_visitor([this, &own](const Visitor& v) {
+            return connection_to(own.server_if, v.central.address()) != nullptr;
+        });
+        if (here == nullptr) {
+            throw Refused("the tablet is not connected to the server of this attribute");
+        }
+        return here->central;
+    }
+
+    void let_central_read(Given& given) {
+        const auto handle = given.number<uint16_t>(0);
+        const OwnService& own = started_service_of(handle);
+        central_at(own).read(own, handle);
+    }
+
+    void let_central_write(Given& given) {
+        const auto handle = given.number<uint16_t>(0);
+        if (given.text(1).size() > kLongestValue) {
+            throw Refused("a value has at most " + std::to_string(kLongestValue) + " bytes");
+        }
+        const OwnService& own = started_service_of(handle);
+        central_at(own).write(own, handle, given.text(1));
     }
 
     // Values.

@@ -5,6 +5,7 @@
 // that passes in them, what the client hears of them, and its commands.
 #include "calls.h"
 #include "modules.h"
+#include "phone_verbs.h"
 #include "profile_link.h"
 
 #include <algorithm>
@@ -93,12 +94,13 @@ std::vector<uint8_t> held_calls(const std::vector<Call>& calls) {
     return held;
 }
 
-class HandsFree : public Module {
+class HandsFree : public Module, private Gateway {
 public:
     explicit HandsFree(Hub& hub)
         : Module(hub), link_(hub, "hands-free", kAudioGateway,
                              [this](const Address& a, ProfileLink::State s) { link_changed(a, s); }),
-          arrival_(hub.loop), far_end_(hub.loop), ring_(hub.loop), patience_(hub.loop) {}
+          verbs_(hub, *this), arrival_(hub.loop), far_end_(hub.loop), ring_(hub.loop),
+          patience_(hub.loop) {}
 
     std::vector<Command> commands() override {
         return {
@@ -123,10 +125,18 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override { return verbs_.verbs(); }
     void link_down(const Address& address) override { link_.lost(address); }
 
 private:
     const Phone& phone() { return world().phone; }
+
+    // For the verbs.
+
+    Calls& calls() override { return calls_; }
+    bool is_up() const override { return link_.is_up(); }
+    void recognise(bool on) override { set_voice_recognition(on, link_.peer()); }
+    void move_audio(bool to_client) override { set_audio(to_client, link_.peer()); }
 
     // The connection.
 
@@ -173,7 +183,7 @@ private:
         send(Event("HV").text(phone().model));
         send(Event("HW").text(phone().manufacturer));
         send(Event("HS").byte(phone().in_band_ring ? 1 : 0));
-        send(Event("HD").byte(1));
+        send(Event("HD").byte(phone().network ? 1 : 0));
         send(Event("HE").byte(phone().roaming ? 1 : 0));
         send(Event("HF").word(phone().signal));
         send(Event("HG").word(phone().battery));
@@ -185,7 +195,7 @@ private:
     }
 
     /// Sends what only a connected client may hear.
-    void tell(const Event& event) {
+    void tell(const Event& event) override {
         if (link_.is_up()) {
             send(event);
         }
@@ -312,7 +322,7 @@ private:
     }
 
     void place(const std::string& number, Completed command) {
-        const bool placed = is_dialable(number) && calls_.dial(number);
+        const bool placed = phone().network && is_dialable(number) && calls_.dial(number);
         complete(command, placed);
         if (placed) {
             last_dialled_ = number;
@@ -364,7 +374,7 @@ private:
                 gateway_state(calls_), calls_.list()};
     }
 
-    void calls_changed() {
+    void calls_changed() override {
         const Shown before = std::exchange(shown_, current());
         report_change(before);
         update_audio(before);
@@ -485,7 +495,7 @@ private:
     }
 
     void ring(const std::string& number) {
-        if (calls_.ring(number)) {
+        if (phone().network && calls_.ring(number)) {
             calls_changed();
         } else {
             hub().log.note("the line is busy for " + printable(number, 40));
@@ -562,6 +572,7 @@ private:
 
     ProfileLink link_;
     Calls calls_;
+    PhoneVerbs verbs_;
     Shown shown_;
     std::string last_dialled_;
     bool recognising_ = false;

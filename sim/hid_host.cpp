@@ -47,6 +47,18 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override {
+        return {
+            verb("hid get-report input|output|feature ID=0..255", "the computer asks for a report",
+                 &HidHost::ask),
+            verb("hid set-report input|output|feature ID=0..255 HEX", "it sends one", &HidHost::tell),
+            verb("hid interrupt ID=0..255 HEX", "it sends one on the interrupt channel",
+                 &HidHost::interrupt),
+            verb("hid set-protocol boot|report", "it chooses the protocol", &HidHost::choose_protocol),
+            verb("hid unplug", "it gives the device up", &HidHost::unplug_by_host),
+        };
+    }
+
     void radio_off() override {
         drop();
         if (registered_) {
@@ -145,7 +157,7 @@ private:
             report_link(host_, state_);
             return;
         }
-        Device* device = world().find(address);
+        Device* device = world().reach(address);
         if (const char* reason = why_not(device)) {
             hub().log.note("no HID connection to " + to_string(address) + ": " + reason);
             report_link(address, State::Disconnected);
@@ -218,6 +230,46 @@ private:
             lamps_ = static_cast<char>(lamps_ ^ kCapsLock);
             wait_for_interrupt();
         });
+    }
+
+    // For the verbs.
+
+    void must_be_connected() {
+        if (state_ != State::Connected) {
+            throw Refused("no HID host is connected");
+        }
+    }
+
+    static uint8_t type_of(const Given& given) {
+        const std::string& name = given.text(0);
+        return name == "input" ? kInput : name == "output" ? kOutput : kFeature;
+    }
+
+    void ask(Given& given) {
+        must_be_connected();
+        send(Event("DC").byte(type_of(given)).byte(given.number(1)).dword(kReportRoom));
+    }
+
+    void tell(Given& given) {
+        must_be_connected();
+        send(Event("DE").byte(type_of(given)).byte(given.number(1)).block(given.text(2)));
+    }
+
+    void interrupt(Given& given) {
+        must_be_connected();
+        send(Event("DG").byte(given.number(0)).block(given.text(1)));
+    }
+
+    void choose_protocol(Given& given) {
+        must_be_connected();
+        send(Event("DF").byte(given.text(0) == "report" ? kReportProtocol : uint8_t{0}));
+    }
+
+    void unplug_by_host(Given& /*given*/) {
+        must_be_connected();
+        send(Event("DH"));
+        plugged_ = {};
+        drop();
     }
 
     // What the device answers.

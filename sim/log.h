@@ -27,6 +27,10 @@ public:
     void command(std::string_view line) { write(LogLevel::All, "<- ", line); }
     void event(std::string_view line) { write(LogLevel::All, "-> ", line); }
     void note(std::string_view line) { write(LogLevel::All, "   ", line); }
+    /// What a script says.
+    void words(std::string_view line) { write(LogLevel::Problems, "-- ", line); }
+    /// Why a script failed: shown however quiet it is to be.
+    void failure(std::string_view line) { write(LogLevel::Quiet, "", line); }
     void problem(std::string_view line) { write(LogLevel::Problems, "vym-sim: ", line); }
 
 private:

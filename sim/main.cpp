@@ -2,6 +2,8 @@
 // Copyright (c) 2026 The vym authors
 
 // vym-sim: a Bluetooth server without a radio.
+#include "control_socket.h"
+#include "prompt.h"
 #include "server.h"
 #include "text_file.h"
 #include "world_file.h"
@@ -17,10 +19,14 @@ namespace {
 
 constexpr const char* kVersion = "vym-sim 1.0";
 constexpr int kUsageError = 2;
+constexpr int kBadScript = 2;
 
 struct Settings {
     sim::Options options;
     sim::World world;
+    bool prompt = false;
+    /// For "ctl": what is to be sent to a running simulator.
+    std::vector<std::string> words;
 };
 
 /// Refuses what a caller's number cannot be; for CLI11, which takes the text as the reason.
@@ -103,6 +109,31 @@ void add_world_options(CLI::App& app, std::string& file, uint32_t& hall) {
         "Write the built-in world as such a file to standard output, and do nothing else");
 }
 
+void add_control_options(CLI::App& app, Settings& settings) {
+    auto* script = app.add_option("--script", settings.options.script_file,
+                                  "Carry out the lines of FILE (- is standard input), then end; the "
+                                  "exit code is 1 if one failed")
+                       ->type_name("FILE");
+    app.add_flag("--stay", settings.options.stay, "Go on when the script has come to its good end")
+        ->needs(script);
+    app.add_flag("--prompt", settings.prompt, "Take orders from the terminal; \"help\" lists them");
+    auto* ctl = app.add_subcommand("ctl", "Send an order to the simulator that runs in DIR");
+    ctl->fallthrough();
+    ctl->add_option("order", settings.words, "Such as 'phone call +4930123456', or help")
+        ->required()
+        ->type_name("WORD");
+}
+
+/// What else the options say is for a simulator that is to be started.
+void only_dir_for_ctl(CLI::App& app) {
+    CLI::App* ctl = app.get_subcommand("ctl");
+    for (CLI::Option* option : app.get_options()) {
+        if (option->get_name() != "--dir") {
+            ctl->excludes(option);
+        }
+    }
+}
+
 /// Fills the settings from the command line. Throws CLI::ParseError, also for --help and --version.
 Settings parse(CLI::App& app, int argc, char** argv) {
     Settings settings;
@@ -123,11 +154,13 @@ Settings parse(CLI::App& app, int argc, char** argv) {
     app.add_option("--traffic", options.traffic_file,
                    "Write the bytes that cross the socket to FILE, as text")
         ->type_name("FILE");
+    add_control_options(app, settings);
     add_ring_options(app, ring_after_ms, ring_number);
     add_world_options(app, world_file, hall);
     SoundFiles sounds;
     sounds.add_options(app);
     app.set_version_flag("--version", kVersion);
+    only_dir_for_ctl(app);
     app.parse(argc, argv);
     if (quiet) {
         options.log = sim::LogLevel::Quiet;
@@ -149,6 +182,9 @@ Settings parse(CLI::App& app, int argc, char** argv) {
 }
 
 int run(Settings settings) {
+    if (!settings.words.empty()) {
+        return sim::send_to_control(settings.options.dir, settings.words);
+    }
     asio::io_context loop(1);
     // The handlers come first: a signal right after the ready line must find them.
     asio::signal_set signals(loop, SIGINT, SIGTERM);
@@ -159,8 +195,12 @@ int run(Settings settings) {
         }
     });
     std::cout << "vym-sim: listening on " << server.path() << std::endl;
+    std::unique_ptr<sim::Prompt> prompt;
+    if (settings.prompt) {
+        prompt = sim::make_prompt(loop, server.control(), [&server] { server.stop(); });
+    }
     loop.run();
-    return 0;
+    return server.result();
 }
 
 } // namespace
@@ -184,6 +224,9 @@ int main(int argc, char** argv) {
         // Without the program's name: editors and terminals make a link of it.
         std::cerr << error.what() << "\n";
         return kUsageError;
+    } catch (const sim::ScriptError& error) {
+        std::cerr << error.what() << "\n";
+        return kBadScript;
     } catch (const std::exception& error) {
         std::cerr << "vym-sim: " << error.what() << "\n";
         return 1;

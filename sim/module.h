@@ -8,6 +8,7 @@
 
 #include "log.h"
 #include "unique_fd.h"
+#include "verb.h"
 #include "wire.h"
 #include "world.h"
 
@@ -91,6 +92,8 @@ struct Hub {
     std::function<void()> radio_off;
     /// Tells every module that the link to a device goes down.
     std::function<void(const Address&)> link_down;
+    /// Tells every module that a device is in range again.
+    std::function<void(const Address&)> device_back{};
 };
 
 struct Command {
@@ -106,12 +109,16 @@ public:
     Module& operator=(const Module&) = delete;
 
     virtual std::vector<Command> commands() = 0;
+    /// What the world's side can be told to do: the verbs of the control language.
+    virtual std::vector<Verb> verbs() { return {}; }
     /// The radio has been switched on, perhaps again.
     virtual void radio_on() {}
     /// The radio goes off: end what needs it. Called before the links drop.
     virtual void radio_off() {}
     /// The link to a device goes down: end what runs over it.
     virtual void link_down(const Address&) {}
+    /// A device that was out of range is back.
+    virtual void device_back(const Address&) {}
     /// The client is gone: end what was meant for it.
     virtual void client_left() {}
 
@@ -124,6 +131,13 @@ protected:
     template <typename Derived>
     Command row(std::string_view tag, void (Derived::*handler)(Fields&)) {
         return {tag, [self = static_cast<Derived*>(this), handler](Fields& f) { (self->*handler)(f); }};
+    }
+
+    /// One row of verbs().
+    template <typename Derived>
+    Verb verb(std::string pattern, std::string help, void (Derived::*handler)(Given&)) {
+        return {std::move(pattern), std::move(help),
+                [self = static_cast<Derived*>(this), handler](Given& g) { (self->*handler)(g); }};
     }
 
 private:

@@ -19,6 +19,7 @@ std::unique_ptr<Module> make_device_properties(Hub& hub);
 std::unique_ptr<Module> make_discovery(Hub& hub);
 std::unique_ptr<Module> make_bonding(Hub& hub);
 std::unique_ptr<Module> make_radio(Hub& hub);
+std::unique_ptr<Module> make_neighbourhood(Hub& hub);
 std::unique_ptr<Module> make_hands_free(Hub& hub);
 std::unique_ptr<Module> make_a2dp(Hub& hub, std::shared_ptr<Media> media);
 std::unique_ptr<Module> make_avrcp(Hub& hub, std::shared_ptr<Media> media);
@@ -44,6 +45,7 @@ inline std::vector<std::unique_ptr<Module>> make_modules(Hub& hub) {
     modules.push_back(make_discovery(hub));
     modules.push_back(make_bonding(hub));
     modules.push_back(make_radio(hub));
+    modules.push_back(make_neighbourhood(hub));
     modules.push_back(make_hands_free(hub));
     const auto media = std::make_shared<Media>(hub);
     modules.push_back(make_a2dp(hub, media));

@@ -64,6 +64,7 @@ struct Phone {
     std::string operator_name;
     std::string subscriber;
     std::string voice_tag_number;
+    bool network = true;
     bool roaming = false;
     uint8_t signal = 0;
     uint8_t battery = 0;

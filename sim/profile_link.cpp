@@ -8,7 +8,7 @@
 namespace sim {
 
 Device* ProfileLink::reachable(const Address& address) {
-    Device* device = hub_.world.find(address);
+    Device* device = hub_.world.reach(address);
     const char* reason = nullptr;
     if (!hub_.world.adapter.powered) {
         reason = "the adapter is off";

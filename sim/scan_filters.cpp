@@ -28,7 +28,7 @@ bool fits_masked(const std::string& value, const std::string& wanted, const std:
 } // namespace
 
 bool is_advertising(const Device& device) {
-    return !device.peripheral.attributes.empty() && !device.connected;
+    return !device.peripheral.attributes.empty() && !device.connected && device.in_range;
 }
 
 std::string advertisement_of(const Device& device) {

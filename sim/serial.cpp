@@ -76,6 +76,16 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override {
+        return {
+            verb("serial DEVICE send TEXT", "it sends this text over its serial connection",
+                 &Serial::send_by_device),
+            verb("serial DEVICE connect CHANNEL=1..30", "it connects to this server of the client",
+                 &Serial::connect_by_device),
+            verb("serial DEVICE disconnect", "it ends its serial connection", &Serial::end_by_device),
+        };
+    }
+
     void radio_on() override { open_data(); }
 
     void radio_off() override {
@@ -227,7 +237,7 @@ private:
         Status status = kSuccess;
         if (!world().adapter.powered) {
             status = kNotReady;
-        } else if (world().find(address) == nullptr) {
+        } else if (world().reach(address) == nullptr) {
             status = kDeviceDown;
         } else if (service == nullptr) {
             status = kFail;
@@ -282,7 +292,7 @@ private:
         const Address address = fields.address();
         const Octets16 uuid = fields.octets_reversed("UUID");
         fields.end();
-        const Device* device = world().find(address);
+        const Device* device = world().reach(address);
         if (device != nullptr && world().adapter.powered) {
             for (const SerialService& service : device->serial_services) {
                 if (service.uuid == uuid) {
@@ -338,19 +348,59 @@ private:
 
     void dial(uint8_t channel) {
         std::vector<Device>& all = world().devices;
-        const auto caller = std::find_if(all.begin(), all.end(),
-                                         [](const Device& d) { return d.dials_serial_servers; });
-        if (caller == all.end()) {
-            return;
+        const auto caller = std::find_if(all.begin(), all.end(), [](const Device& d) {
+            return d.dials_serial_servers && d.in_range;
+        });
+        if (caller != all.end()) {
+            dial(*caller, channel);
         }
-        ports_.push_back(std::make_unique<Port>(hub(), caller->address, channel));
+    }
+
+    void dial(Device& caller, uint8_t channel) {
+        ports_.push_back(std::make_unique<Port>(hub(), caller.address, channel));
         Port& port = *ports_.back();
         port.is_server = true;
-        set_link(hub(), *caller, true);
+        set_link(hub(), caller, true);
         come_up(port);
-        const std::string greeting = "hello from " + caller->name + "\r\n";
+        const std::string greeting = "hello from " + caller.name + "\r\n";
         port.timer.start(hub().pace.serial_greeting,
                          [this, &port, greeting] { data_.write(port.handle, greeting); });
+    }
+
+    // For the verbs.
+
+    /// The newest connection of the device that is meant.
+    Port& port_of(Given& given) {
+        const Device& device = given.device(0);
+        const auto it = std::find_if(ports_.rbegin(), ports_.rend(), [&device](const auto& port) {
+            return port->peer == device.address && port->handle != 0;
+        });
+        if (it == ports_.rend()) {
+            throw Refused('"' + device.name + "\" has no serial connection");
+        }
+        return **it;
+    }
+
+    void send_by_device(Given& given) { data_.write(port_of(given).handle, given.text(1)); }
+
+    void end_by_device(Given& given) { end(port_of(given), kSuccess); }
+
+    void connect_by_device(Given& given) {
+        Device& device = given.device(0);
+        const auto channel = given.number(1);
+        if (!device.in_range) {
+            throw Refused('"' + device.name + "\" is out of range");
+        }
+        if (server_on(channel) == servers_.end()) {
+            throw Refused("the client has no serial server on channel " + std::to_string(channel));
+        }
+        const bool there = find_port([&](const Port& port) {
+            return port.is_server && port.channel == channel && port.peer == device.address;
+        });
+        if (there) {
+            throw Refused('"' + device.name + "\" is connected to this channel already");
+        }
+        dial(device, channel);
     }
 
     /// Connections that were made through it stay.

@@ -80,7 +80,8 @@ Server::Server(asio::io_context& loop, World world, Options options, std::ostrea
     : loop_(loop), options_(std::move(options)), world_(std::move(world)), log_(options_.log, log),
       path_(free_socket_path(options_.dir)),
       traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace, {}, {}, {}},
-      dispatcher_(log_), acceptor_(loop_) {
+      dispatcher_(log_), control_(loop_, world_, [this] { return is_client_here(); }), acceptor_(loop_),
+      stall_(loop_) {
     hub_.radio_on = [this] {
         for (const auto& module : modules_) {
             module->radio_on();
@@ -96,10 +97,18 @@ Server::Server(asio::io_context& loop, World world, Options options, std::ostrea
             module->link_down(address);
         }
     };
+    hub_.device_back = [this](const Address& address) {
+        for (const auto& module : modules_) {
+            module->device_back(address);
+        }
+    };
     modules_ = make_modules(hub_);
     for (const auto& module : modules_) {
         dispatcher_.add(module->commands());
+        control_.add(module->verbs());
     }
+    control_.add(verbs());
+    read_script();
     try {
         acceptor_.open();
         acceptor_.bind(path_);
@@ -113,6 +122,8 @@ Server::Server(asio::io_context& loop, World world, Options options, std::ostrea
         inode_ = info.st_ino;
     }
     accept();
+    open_control();
+    start_script();
 }
 
 Server::~Server() {
@@ -133,6 +144,7 @@ void Server::stop() {
     asio::error_code ignored;
     acceptor_.close(ignored);
     remove_socket();
+    control_socket_.reset();
     drop_client();
     loop_.stop();
 }
@@ -151,11 +163,20 @@ void Server::accept() {
 void Server::serve(Connection::Socket socket) {
     log_.note("client connected");
     Connection::Listener listener;
-    listener.line = [this](std::string_view line) { dispatcher_.run(line); };
+    listener.line = [this](std::string_view line) { received(line); };
     listener.line_too_long = [this] { log_.problem("a line is longer than any command, ignored"); };
     listener.gone = [this] { client_gone(); };
     client_ = std::make_shared<Connection>(std::move(socket), traffic_, std::move(listener));
+    client_->hold(stalled_);
     client_->start();
+    control_.look();
+}
+
+void Server::received(std::string_view line) {
+    control_.command_came(line);
+    dispatcher_.run(line);
+    // What waited for this command goes on before the next one is looked at.
+    control_.look();
 }
 
 void Server::drop_client() {
@@ -163,6 +184,7 @@ void Server::drop_client() {
         client_->finish();
         client_.reset();
     }
+    closing_ = false;
 }
 
 void Server::client_gone() {
@@ -173,6 +195,7 @@ void Server::client_gone() {
     }
     log_.note("client left");
     accept();
+    control_.look();
 }
 
 void Server::send(const Event& event) {
@@ -180,6 +203,7 @@ void Server::send(const Event& event) {
         if (log_.shows_traffic()) {
             log_.event(described(protocol::Direction::Event, event.bytes()));
         }
+        control_.event_sent(event.bytes());
         client_->send(event.bytes() + '\0');
     }
 }

@@ -6,8 +6,12 @@
 #define VYM_SIM_SERVER_H
 
 #include "connection.h"
+#include "control.h"
+#include "control_socket.h"
 #include "dispatcher.h"
 #include "module.h"
+#include "script.h"
+#include "timer.h"
 #include "traffic.h"
 #include "world.h"
 
@@ -34,12 +38,16 @@ struct Options {
     /// No traffic is recorded when empty.
     std::string traffic_file;
     Pace pace;
+    /// Carried out once the server listens, unless it is empty; "-" is standard input.
+    std::string script_file;
+    /// The server goes on when the script has come to its good end.
+    bool stay = false;
 };
 
 /// Runs on the thread that runs the event loop; stop() is to be called there too.
 class Server : private Outbox {
 public:
-    /// Listens at once. Throws StartError.
+    /// Listens at once. Throws StartError, and ScriptError for a bad script.
     Server(asio::io_context& loop, World world, Options options, std::ostream& log);
     ~Server() override;
     Server(const Server&) = delete;
@@ -48,8 +56,11 @@ public:
     const std::string& path() const { return path_; }
     const World& world() const { return world_; }
 
-    /// Closes everything, removes the socket and ends the event loop.
+    /// Closes everything, removes the sockets and ends the event loop.
     void stop();
+    /// What the script ended with, or what the server was told to end with.
+    int result() const { return result_; }
+    Control& control() { return control_; }
 
 private:
     void send(const Event& event) override;
@@ -61,6 +72,19 @@ private:
     void client_gone();
     void drop_client();
     void remove_socket();
+    void received(std::string_view line);
+
+    // The language's verbs for the server itself, in server_verbs.cpp.
+    std::vector<Verb> verbs();
+    void close_client(Given& given);
+    void stall(Given& given);
+    static void crash(Given& given);
+    void send_raw(Given& given);
+    void end(Given& given);
+    bool is_client_here() const { return client_ && !closing_; }
+    void open_control();
+    void read_script();
+    void start_script();
 
     asio::io_context& loop_;
     Options options_;
@@ -71,8 +95,17 @@ private:
     Hub hub_;
     Dispatcher dispatcher_;
     std::vector<std::unique_ptr<Module>> modules_;
+    Control control_;
+    std::unique_ptr<Script> script_;
+    std::unique_ptr<ControlSocket> control_socket_;
+    int result_ = 0;
     asio::local::stream_protocol::acceptor acceptor_;
     std::shared_ptr<Connection> client_;
+    /// The client is as good as gone.
+    bool closing_ = false;
+    /// Until the server is itself again.
+    Timer stall_;
+    bool stalled_ = false;
     /// Which file the socket is: another server may have put its own in the same place since.
     dev_t device_ = 0;
     ino_t inode_ = 0;

@@ -162,6 +162,11 @@ Device* World::find(const Address& address) {
     return it == devices.end() ? nullptr : &*it;
 }
 
+Device* World::reach(const Address& address) {
+    Device* device = find(address);
+    return device != nullptr && device->in_range ? device : nullptr;
+}
+
 bool World::is_bonded(const Address& address) const {
     return std::find(bonded.begin(), bonded.end(), address) != bonded.end();
 }

@@ -73,6 +73,8 @@ struct Device {
     uint8_t priority = 0;
     uint32_t manufacturer = 0;
     bool connected = false;
+    /// Whether it can be reached at all.
+    bool in_range = true;
     std::vector<SerialService> serial_services;
     /// Whether it connects to serial servers that the client opens.
     bool dials_serial_servers = false;
@@ -127,6 +129,8 @@ struct World {
 
     /// The device with this address, or nullptr.
     Device* find(const Address& address);
+    /// The same, unless it is out of range.
+    Device* reach(const Address& address);
     bool is_bonded(const Address& address) const;
     bool any_link() const;
     void forget_bond(const Address& address);
