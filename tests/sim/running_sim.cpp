@@ -172,12 +172,17 @@ sim::UniqueFd TestClient::enable() {
     return audio;
 }
 
-RunningSim::RunningSim(sim::World world, sim::Pace pace) {
+RunningSim::RunningSim(sim::World world, sim::Pace pace, const std::string& script, bool stay) {
     sim::Options options;
     options.dir = dir_.path();
     options.log = sim::LogLevel::All;
     options.traffic_file = dir_.file("traffic");
     options.pace = pace;
+    options.stay = stay;
+    if (!script.empty()) {
+        options.script_file = dir_.file("script");
+        std::ofstream(options.script_file) << script;
+    }
     server_ = std::make_unique<sim::Server>(loop_, std::move(world), options, log_);
     thread_ = std::thread([this] { loop_.run(); });
 }
@@ -190,6 +195,11 @@ RunningSim::~RunningSim() {
         const bool is_event = line.substr(0, 3) == "-> ";
         EXPECT_FALSE(is_event && (line.back() == ')' || line.substr(3, 7) == "unknown")) << line;
     }
+}
+
+int RunningSim::result() {
+    thread_.join();
+    return server_->result();
 }
 
 void RunningSim::stop() {

@@ -77,7 +77,9 @@ bool wait_readable(int fd);
 
 class RunningSim {
 public:
-    explicit RunningSim(sim::World world = sim::built_in_world(), sim::Pace pace = quick());
+    /// The lines of a script are carried out when there are any.
+    explicit RunningSim(sim::World world = sim::built_in_world(), sim::Pace pace = quick(),
+                        const std::string& script = {}, bool stay = false);
     ~RunningSim();
     RunningSim(const RunningSim&) = delete;
     RunningSim& operator=(const RunningSim&) = delete;
@@ -89,6 +91,8 @@ public:
     TestClient client() const { return TestClient(dir_.path()); }
     std::string traffic() const { return content_of(dir_.file("traffic")); }
 
+    /// Waits until the script has ended the server; what it ended with.
+    int result();
     /// Ends the server; the world and the log may be looked at then.
     void stop();
     const sim::World& world() const { return server_->world(); }
