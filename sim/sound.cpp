@@ -20,7 +20,7 @@ constexpr uint32_t kHeader = 44;
 constexpr uint32_t kRiffSizeAt = 4;
 constexpr uint32_t kDataSizeAt = 40;
 // A little over six minutes of music.
-constexpr size_t kMostBytes = 64 * 1024 * 1024;
+constexpr size_t kMostBytes = size_t{64} * 1024 * 1024;
 
 std::string reason() {
     return std::generic_category().message(errno);
