@@ -37,7 +37,6 @@ using unit::becomes_true;
 using unit::descriptor;
 using unit::PATIENCE;
 
-using bytes = std::vector<unsigned char>;
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
