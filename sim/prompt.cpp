@@ -50,7 +50,8 @@ public:
         el_set(edit_, EL_PROMPT, prompt_text);
         el_set(edit_, EL_EDITOR, "emacs");
         el_set(edit_, EL_HIST, history, history_);
-        el_set(edit_, EL_ADDFN, "vym-complete", "complete the word", on_tab);
+        // With narrow text libedit keeps copies that it never frees.
+        el_wset(edit_, EL_ADDFN, L"vym-complete", L"complete the word", on_tab);
         el_set(edit_, EL_BIND, "^I", "vym-complete", nullptr);
         show_prompt();
         await_input();
