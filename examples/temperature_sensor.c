@@ -26,6 +26,7 @@ static struct {
     int registered;
     uint8_t client_if;
     int client_known;
+    int advertising;
     int handle; /* of what was added last */
     int temperature_handle;
     int configuration_handle;
@@ -52,6 +53,14 @@ static void on_client_registered(uint8_t client_if, bt_uuid_t uuid) {
     (void)uuid;
     sensor.client_if = client_if;
     note(&sensor.client_known, 1);
+}
+
+static void on_advertising(uint8_t status, uint8_t client_if) {
+    (void)client_if;
+    if (status == 0 && !noted(&sensor.advertising)) {
+        say("   the server advertises for us");
+        note(&sensor.advertising, 1);
+    }
 }
 
 static void on_service_added(uint8_t status, uint8_t server_if, uint8_t type, uint16_t instance,
@@ -150,6 +159,9 @@ static gatt_server_callback_t callbacks = {
     .notification_sent_cb = on_sent,
 };
 
+/* Advertising is the client module's. */
+static gatt_client_callback_t client_callbacks = {.advertise_callback_cb = on_advertising};
+
 /* The handle that the server gave to what was just added. */
 static int added(const char* what) {
     const int handle = await_other(&sensor.handle, NONE, what);
@@ -178,7 +190,7 @@ static uint16_t build_service(void) {
 
 int main(int argc, char** argv) {
     radio_begin("temperature_sensor", argc, argv);
-    vym_gatt_client_init(NULL); /* advertising is the client module's */
+    vym_gatt_client_init(&client_callbacks);
     vym_gatt_server_init(&callbacks);
     radio_on();
 
@@ -195,6 +207,7 @@ int main(int argc, char** argv) {
     await(&sensor.client_known, 1, "the registration for advertising");
     vym_gatt_client_set_adv_data(sensor.client_if, 0, 1, 0, 0, 0, NULL, 0, NULL, 0, NULL);
     vym_gatt_client_listen(sensor.client_if, 1);
+    await(&sensor.advertising, 1, "that it advertises");
     await(&sensor.subscribed, 1, "a subscription");
     await(&sensor.renamed, 1, "a long write");
 

@@ -54,6 +54,7 @@ TEST(TemperatureSensorProgram, IsReadWrittenAndSubscribedTo) {
     ExpectInOrder("temperature_sensor", {
                                             "1. Build a service\n",
                                             "2. Advertise it\n",
+                                            "   the server advertises for us\n",
                                             "   D2:54:61:62:6C:74 connects\n",
                                             "   it reads handle ",
                                             "   it calls us \"hello\"\n",
