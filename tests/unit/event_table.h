@@ -42,6 +42,24 @@ inline void KeepLog(const char* format, va_list args) {
     Logged() += line;
 }
 
+/** Offers these bytes, in a block of exactly their size; returns where the framework goes on. */
+inline int OfferBytes(event_parser_t* parser, const std::string& bytes) {
+    const std::unique_ptr<uint8_t[]> buffer(new uint8_t[bytes.size()]);
+    memcpy(buffer.get(), bytes.data(), bytes.size());
+    return parser->process_event(parser, buffer.get(), 0, static_cast<int>(bytes.size()));
+}
+
+template <size_t Size>
+void ExpectRows(const event_parser_t& parser, const Row (&rows)[Size]) {
+    ASSERT_EQ(parser.num_of_parsers, static_cast<int>(Size));
+    for (size_t i = 0; i < Size; ++i) {
+        const parser_t& entry = parser.parser_list[i];
+        EXPECT_STREQ(entry.get_keyword(), rows[i].tag);
+        EXPECT_STREQ(entry.get_tag(), rows[i].name);
+        EXPECT_EQ(entry.get_min_expected_length(), rows[i].minimum) << rows[i].tag;
+    }
+}
+
 /** The parser that `Create` makes for the table that `Table` returns. */
 template <auto Create, auto Destroy, auto Table>
 class EventTableTest : public ::testing::Test {
@@ -57,13 +75,10 @@ protected:
         Destroy(parser_);
     }
 
-    /** Offers these bytes, in a block of exactly their size; returns where the framework goes on. */
     int OfferBytes(const std::string& bytes) {
         Told().clear();
         Logged().clear();
-        const std::unique_ptr<uint8_t[]> buffer(new uint8_t[bytes.size()]);
-        memcpy(buffer.get(), bytes.data(), bytes.size());
-        return parser_->process_event(parser_, buffer.get(), 0, static_cast<int>(bytes.size()));
+        return unit::OfferBytes(parser_, bytes);
     }
 
     /** Offers the event with its NUL; returns what came of it. */
@@ -74,13 +89,7 @@ protected:
 
     template <size_t Size>
     void ExpectRows(const Row (&rows)[Size]) {
-        ASSERT_EQ(parser_->num_of_parsers, static_cast<int>(Size));
-        for (size_t i = 0; i < Size; ++i) {
-            const parser_t& entry = parser_->parser_list[i];
-            EXPECT_STREQ(entry.get_keyword(), rows[i].tag);
-            EXPECT_STREQ(entry.get_tag(), rows[i].name);
-            EXPECT_EQ(entry.get_min_expected_length(), rows[i].minimum) << rows[i].tag;
-        }
+        unit::ExpectRows(*parser_, rows);
     }
 
     event_parser_t* parser_ = Create(Table());

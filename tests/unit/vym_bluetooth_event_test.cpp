@@ -8,6 +8,7 @@
 #include "support/adapter_record.h"
 #include "support/output_capture.h"
 #include "support/text.h"
+#include "unit/event_table.h"
 
 #include <algorithm>
 #include <cstring>
@@ -120,12 +121,7 @@ protected:
         output_.reset();
     }
 
-    // Offers bytes in a block of exactly their size.
-    int Offer(const std::string& bytes) {
-        const std::unique_ptr<uint8_t[]> buffer(new uint8_t[bytes.size()]);
-        std::copy(bytes.begin(), bytes.end(), buffer.get());
-        return parser_->process_event(parser_, buffer.get(), 0, static_cast<int>(bytes.size()));
-    }
+    int Offer(const std::string& bytes) { return unit::OfferBytes(parser_, bytes); }
 
     // The decoder of the tag, asked for where its fields end; NULs included the text is an event.
     int Parse(const std::string& event) {
@@ -147,12 +143,7 @@ private:
 };
 
 TEST_F(AdapterDecoders, AreTheEighteenEventsInTheirOrder) {
-    struct Entry {
-        const char* keyword;
-        const char* name;
-        int minimum;
-    };
-    constexpr Entry kExpected[] = {
+    constexpr unit::Row kExpected[] = {
         {"PA", "onStateChanged", 2},
         {"PV", "onBtVersion", 0},
         {"PD", "onDataTransportEstablished", 10},
@@ -172,12 +163,7 @@ TEST_F(AdapterDecoders, AreTheEighteenEventsInTheirOrder) {
         {"BU", "onReadLocalOobData", 66},
         {"BV", "onReadLocalOobDataEX", 130},
     };
-    ASSERT_EQ(parser_->num_of_parsers, 18);
-    for (int i = 0; i < 18; ++i) {
-        EXPECT_STREQ(parser_->parser_list[i].get_keyword(), kExpected[i].keyword);
-        EXPECT_STREQ(parser_->parser_list[i].get_tag(), kExpected[i].name);
-        EXPECT_EQ(parser_->parser_list[i].get_min_expected_length(), kExpected[i].minimum);
-    }
+    unit::ExpectRows(*parser_, kExpected);
 }
 
 // The event, the call that comes of it, and where its last fixed or counted field ends.

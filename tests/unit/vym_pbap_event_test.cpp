@@ -7,10 +7,9 @@
 #include "vym_pbap_event.h"
 
 #include "support/text.h"
+#include "unit/event_table.h"
 
-#include <algorithm>
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -64,12 +63,7 @@ protected:
     }
     void TearDown() override { destroy_pbap_event_parser(parser_); }
 
-    // Offers bytes in a block of exactly their size.
-    int Offer(const std::string& bytes) {
-        const std::unique_ptr<uint8_t[]> buffer(new uint8_t[bytes.size()]);
-        std::copy(bytes.begin(), bytes.end(), buffer.get());
-        return parser_->process_event(parser_, buffer.get(), 0, static_cast<int>(bytes.size()));
-    }
+    int Offer(const std::string& bytes) { return unit::OfferBytes(parser_, bytes); }
 
     // Where the decoder says that the fields of the text end.
     int Parse(const std::string& event) {
@@ -87,22 +81,13 @@ protected:
 };
 
 TEST_F(PbapDecoders, AreTheSevenEventsInTheirOrder) {
-    constexpr struct {
-        const char* keyword;
-        const char* name;
-        int minimum;
-    } kExpected[] = {
+    constexpr unit::Row kExpected[] = {
         {"TS", "onConnectionStatus", 14},      {"TC", "onGetPhonebookStatus", 4},
         {"TE", "onGetPhonebookSize", 12},      {"TB", "onVcfDataInd", 0},
         {"TD", "onIndexDataInd", 0},           {"TR", "onPhonebookRawdataInd", 6},
         {"TP", "onPhonebookPhotodataInd", 10},
     };
-    ASSERT_EQ(parser_->num_of_parsers, 7);
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_STREQ(parser_->parser_list[i].get_keyword(), kExpected[i].keyword);
-        EXPECT_STREQ(parser_->parser_list[i].get_tag(), kExpected[i].name);
-        EXPECT_EQ(parser_->parser_list[i].get_min_expected_length(), kExpected[i].minimum);
-    }
+    unit::ExpectRows(*parser_, kExpected);
 }
 
 // The event, the call that comes of it, and where its fields end.

@@ -7,8 +7,9 @@
 
 #include "support/record_text.h"
 #include "support/text.h"
+#include "unit/event_table.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -51,12 +52,7 @@ protected:
     }
     void TearDown() override { destroy_rfcomm_event_parser(parser_); }
 
-    // Offers bytes in a block of exactly their size.
-    int Offer(const std::string& bytes) {
-        const std::unique_ptr<uint8_t[]> buffer(new uint8_t[bytes.size()]);
-        std::copy(bytes.begin(), bytes.end(), buffer.get());
-        return parser_->process_event(parser_, buffer.get(), 0, static_cast<int>(bytes.size()));
-    }
+    int Offer(const std::string& bytes) { return unit::OfferBytes(parser_, bytes); }
 
     event_parser_t* parser_ = nullptr;
     rfcomm_impl_callback_t handlers_ = Handlers();
@@ -67,22 +63,12 @@ const std::string kDecoded = "SE(10, A1B2C3D4E5F6, 30, 305419896, 4779, 13517, 1
 const std::string kChannel = "A1B2C3D4E5F6110102030405060708090A0B0C0D0E221E";
 
 TEST_F(RfcommDecoders, TheTableHasItsRowsInOrder) {
-    struct Row {
-        std::string tag;
-        std::string name;
-        int minimum;
-    };
-    const std::vector<Row> rows = {{"SE", "onRfcommConnectionResult", 32},
+    constexpr unit::Row kRows[] = {{"SE", "onRfcommConnectionResult", 32},
                                    {"SF", "onRfcommDisconnectionResult", 10},
                                    {"SL", "onRfcommListenResult", 4},
                                    {"SM", "onRfcommFetchChannels", 46},
                                    {"SN", "onRfcommFetchChannelsEnd", 46}};
-    ASSERT_EQ(parser_->num_of_parsers, static_cast<int>(rows.size()));
-    for (size_t i = 0; i < rows.size(); ++i) {
-        EXPECT_EQ(parser_->parser_list[i].get_keyword(), rows[i].tag);
-        EXPECT_EQ(parser_->parser_list[i].get_tag(), rows[i].name);
-        EXPECT_EQ(parser_->parser_list[i].get_min_expected_length(), rows[i].minimum);
-    }
+    unit::ExpectRows(*parser_, kRows);
 }
 
 TEST_F(RfcommDecoders, EachEventGivesItsFieldsAndItsEnd) {
