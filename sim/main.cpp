@@ -124,6 +124,19 @@ void add_control_options(CLI::App& app, Settings& settings) {
         ->type_name("WORD");
 }
 
+/// A capture is played instead of a world, and has its own course.
+void add_replay_option(CLI::App& app, std::string& file) {
+    auto* replay =
+        app.add_option("--replay", file,
+                       "Play the server's side of a recorded conversation, the library's "
+                       "client_sock.log; the exit code is 1 if the client does not follow it")
+            ->type_name("FILE");
+    for (const char* other :
+         {"--world", "--hall", "--script", "--ring-after", "--voice", "--music", "--record"}) {
+        replay->excludes(app.get_option(other));
+    }
+}
+
 /// What else the options say is for a simulator that is to be started.
 void only_dir_for_ctl(CLI::App& app) {
     CLI::App* ctl = app.get_subcommand("ctl");
@@ -159,6 +172,7 @@ Settings parse(CLI::App& app, int argc, char** argv) {
     add_world_options(app, world_file, hall);
     SoundFiles sounds;
     sounds.add_options(app);
+    add_replay_option(app, options.replay_file);
     app.set_version_flag("--version", kVersion);
     only_dir_for_ctl(app);
     app.parse(argc, argv);

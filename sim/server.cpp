@@ -6,6 +6,7 @@
 #include "described.h"
 #include "modules.h"
 
+#include <asio/post.hpp>
 #include <cerrno>
 #include <cstring>
 #include <sys/socket.h>
@@ -102,10 +103,10 @@ Server::Server(asio::io_context& loop, World world, Options options, std::ostrea
             module->device_back(address);
         }
     };
-    modules_ = make_modules(hub_);
-    for (const auto& module : modules_) {
-        dispatcher_.add(module->commands());
-        control_.add(module->verbs());
+    if (options_.replay_file.empty()) {
+        play_world();
+    } else {
+        read_replay();
     }
     control_.add(verbs());
     read_script();
@@ -129,6 +130,23 @@ Server::Server(asio::io_context& loop, World world, Options options, std::ostrea
 Server::~Server() {
     drop_client();
     remove_socket();
+}
+
+void Server::play_world() {
+    modules_ = make_modules(hub_);
+    for (const auto& module : modules_) {
+        dispatcher_.add(module->commands());
+        control_.add(module->verbs());
+    }
+}
+
+void Server::read_replay() {
+    Outbox& out = *this;
+    replay_ = std::make_unique<Replay>(loop_, options_.replay_file, out, log_, [this](int code) {
+        result_ = code;
+        // A command may be at work, and its client is to be closed.
+        asio::post(loop_, [this] { stop(); });
+    });
 }
 
 void Server::remove_socket() {
@@ -169,12 +187,19 @@ void Server::serve(Connection::Socket socket) {
     client_ = std::make_shared<Connection>(std::move(socket), traffic_, std::move(listener));
     client_->hold(stalled_);
     client_->start();
+    if (replay_) {
+        replay_->client_came();
+    }
     control_.look();
 }
 
 void Server::received(std::string_view line) {
     control_.command_came(line);
-    dispatcher_.run(line);
+    if (replay_) {
+        replay_->received(line);
+    } else {
+        dispatcher_.run(line);
+    }
     // What waited for this command goes on before the next one is looked at.
     control_.look();
 }
@@ -194,6 +219,9 @@ void Server::client_gone() {
         module->client_left();
     }
     log_.note("client left");
+    if (replay_) {
+        replay_->client_left();
+    }
     accept();
     control_.look();
 }

@@ -10,6 +10,7 @@
 #include "control_socket.h"
 #include "dispatcher.h"
 #include "module.h"
+#include "replay.h"
 #include "script.h"
 #include "timer.h"
 #include "traffic.h"
@@ -42,12 +43,15 @@ struct Options {
     std::string script_file;
     /// The server goes on when the script has come to its good end.
     bool stay = false;
+    /// A capture whose server's side is played instead of the world, unless it is empty.
+    std::string replay_file;
 };
 
 /// Runs on the thread that runs the event loop; stop() is to be called there too.
 class Server : private Outbox {
 public:
-    /// Listens at once. Throws StartError, and ScriptError for a bad script.
+    /// Listens at once. Throws StartError, ScriptError for a bad script, and FileError for a bad
+    /// capture.
     Server(asio::io_context& loop, World world, Options options, std::ostream& log);
     ~Server() override;
     Server(const Server&) = delete;
@@ -58,7 +62,7 @@ public:
 
     /// Closes everything, removes the sockets and ends the event loop.
     void stop();
-    /// What the script ended with, or what the server was told to end with.
+    /// What the script or the replay ended with, or what the server was told to end with.
     int result() const { return result_; }
     Control& control() { return control_; }
 
@@ -73,6 +77,8 @@ private:
     void drop_client();
     void remove_socket();
     void received(std::string_view line);
+    void read_replay();
+    void play_world();
 
     // The language's verbs for the server itself, in server_verbs.cpp.
     std::vector<Verb> verbs();
@@ -97,6 +103,8 @@ private:
     std::vector<std::unique_ptr<Module>> modules_;
     Control control_;
     std::unique_ptr<Script> script_;
+    /// There are no modules when there is one.
+    std::unique_ptr<Replay> replay_;
     std::unique_ptr<ControlSocket> control_socket_;
     int result_ = 0;
     asio::local::stream_protocol::acceptor acceptor_;
