@@ -268,12 +268,32 @@ TEST(SimProgram, AMistakeInAWorldIsOneLineThatBeginsWithItsPlace) {
                   ":2: hall: -1 is out of range; expected a whole number from 0 to 100000\n");
 }
 
+TEST(SimProgram, WhatIsNoCaptureIsOneLineThatBeginsWithItsName) {
+    const TemporaryDirectory dir;
+    std::ofstream(dir.file("notes")) << "not recorded by anybody";
+    Program program({"--dir", dir.path(), "--replay", dir.file("notes")});
+    EXPECT_EQ(program.exit_code(), 2);
+    EXPECT_EQ(program.output(), "");
+    EXPECT_EQ(program.errors(),
+              dir.file("notes") +
+                  ": at byte 0: this is no capture; expected the library's client_sock.log\n");
+}
+
+TEST(SimProgram, ACaptureIsNotPlayedInAWorld) {
+    const TemporaryDirectory dir;
+    for (const char* option : {"--world", "--script", "--hall", "--ring-after", "--record"}) {
+        Program program({"--dir", dir.path(), "--replay", "file", option, "1"});
+        EXPECT_EQ(program.exit_code(), 2) << option;
+        EXPECT_NE(program.errors().find("excludes"), std::string::npos) << program.errors();
+    }
+}
+
 TEST(SimProgram, HelpAndVersionGoToStandardOutput) {
     Program help({"--help"});
     EXPECT_EQ(help.exit_code(), 0);
     for (const char* option :
          {"--dir", "--log", "--quiet", "--traffic", "--ring-after", "--ring-number", "--voice",
-          "--music", "--record", "--world", "--hall", "--print-world", "--version"}) {
+          "--music", "--record", "--world", "--hall", "--print-world", "--replay", "--version"}) {
         EXPECT_NE(help.output().find(option), std::string::npos) << option;
     }
     Program version({"--version"});

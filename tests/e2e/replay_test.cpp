@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// What an application has recorded is played to it again.
+
+#include "e2e/running_sim.h"
+#include "support/process.h"
+#include "support/temp_dir.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using e2e::RunningSim;
+using support::Process;
+
+// A program's run in the world, and what it recorded. Each server has a directory of its own, for the
+// program writes its capture beside the socket.
+class Recording {
+public:
+    explicit Recording(const std::string& example) {
+        RunningSim world;
+        Process program(e2e::Example(example, {world.Directory()}));
+        EXPECT_EQ(program.ExitCode(3 * support::TimeLimit()), 0) << program.Out() << program.Err();
+        std::filesystem::copy_file(world.Directory() + "/client_sock.log", Path());
+    }
+    [[nodiscard]] std::string Path() const { return kept_.Path() + "/recorded.log"; }
+
+private:
+    support::TempDir kept_;
+};
+
+TEST(ReplayOfAProgram, TheProgramGetsToItsEndAgain) {
+    for (const std::string example : {"heart_rate", "keyboard"}) {
+        const Recording recording(example);
+        RunningSim replay({"--replay", recording.Path()});
+        Process program(e2e::Example(example, {replay.Directory()}));
+        EXPECT_EQ(program.ExitCode(3 * support::TimeLimit()), 0) << program.Out() << program.Err();
+        EXPECT_TRUE(e2e::HasInOrder(program.Out(), {"Done."}));
+        EXPECT_EQ(replay.Program().ExitCode(), 0);
+        EXPECT_EQ(replay.Program().Err(), "");
+    }
+}
+
+TEST(ReplayOfAProgram, AProgramThatNeedsAudioGetsAsFarAsThat) {
+    const Recording recording("first_steps");
+    RunningSim replay({"--replay", recording.Path()});
+    Process program(e2e::Example("first_steps", {replay.Directory()}));
+    EXPECT_EQ(program.ExitCode(3 * support::TimeLimit()), 1);
+    EXPECT_TRUE(
+        e2e::HasInOrder(program.Out(), {"   name      \"vym first steps\"\n", "\"Heart strap\"\n",
+                                        "   paired\n", "   -52 dBm\n", " 0 packets, "}))
+        << program.Err();
+    EXPECT_EQ(replay.Program().ExitCode(), 1);
+    EXPECT_TRUE(e2e::HasInOrder(
+        replay.Program().Err(),
+        {recording.Path() + ": record ", ": expected bluetooth disable, but the client left\n"}));
+}
+
+TEST(ReplayOfAProgram, AnotherProgramIsToldApart) {
+    const Recording recording("heart_rate");
+    RunningSim replay({"--replay", recording.Path()});
+    Process program(e2e::Example("keyboard", {replay.Directory()}));
+    EXPECT_EQ(replay.Program().ExitCode(), 1);
+    EXPECT_TRUE(e2e::HasInOrder(replay.Program().Err(),
+                                {recording.Path() + ": record ", ": expected ", ", came hid "}));
+}
+
+} // namespace
