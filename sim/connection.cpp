@@ -38,7 +38,7 @@ long send_with_descriptor(int socket, std::string_view bytes, int fd) {
 
 } // namespace
 
-Connection::Connection(Socket socket, Traffic& traffic, Listener listener)
+Connection::Connection(asio::io_context& loop, Socket socket, Traffic& traffic, Listener listener)
     : socket_(std::move(socket)), traffic_(traffic), listener_(std::move(listener)),
       framer_({[this](std::string_view line) {
                    traffic_.received(line);
@@ -51,7 +51,8 @@ Connection::Connection(Socket socket, Traffic& traffic, Listener listener)
                    if (first && !cut_) {
                        listener_.line_too_long();
                    }
-               }}) {
+               }}),
+      pause_(loop), deafness_(loop) {
     socket_.native_non_blocking(true);
 }
 
@@ -63,6 +64,8 @@ void Connection::finish() {
         traffic_.sent(std::string_view(queue_.front().bytes).substr(0, front_written_));
     }
     queue_.clear();
+    pause_.stop();
+    deafness_.stop();
     asio::error_code ignored;
     socket_.close(ignored);
 }
@@ -80,13 +83,13 @@ void Connection::hold(bool on) {
 }
 
 void Connection::await_input() {
-    if (awaiting_input_ || ended_ || held_ || is_congested()) {
+    if (awaiting_input_ || ended_ || held_ || deaf_ || is_congested()) {
         return;
     }
     awaiting_input_ = true;
     socket_.async_wait(Socket::wait_read, [self = shared_from_this()](const asio::error_code& error) {
         self->awaiting_input_ = false;
-        if (!error && !self->ended_ && !self->held_) {
+        if (!error && !self->ended_ && !self->held_ && !self->deaf_) {
             self->read_some();
         }
     });
@@ -104,16 +107,30 @@ void Connection::read_some() {
     await_input();
 }
 
-void Connection::send(std::string bytes) {
-    queued_bytes_ += bytes.size();
-    queue_.push_back({std::move(bytes), UniqueFd()});
+void Connection::add(Item item) {
+    queued_bytes_ += item.bytes.size();
+    queue_.push_back(std::move(item));
     flush();
 }
 
+void Connection::send(std::string bytes) {
+    add({std::move(bytes), {}, {}});
+}
+
 void Connection::send_descriptor(UniqueFd fd) {
-    queued_bytes_ += 1;
-    queue_.push_back({std::string(1, '\0'), std::move(fd)});
-    flush();
+    add({std::string(1, '\0'), std::move(fd), {}});
+}
+
+void Connection::pause(std::chrono::milliseconds duration) {
+    add({{}, {}, duration});
+}
+
+void Connection::be_deaf(std::chrono::milliseconds duration) {
+    deaf_ = true;
+    deafness_.start(duration, [this] {
+        deaf_ = false;
+        await_input();
+    });
 }
 
 bool Connection::is_congested() const {
@@ -141,11 +158,40 @@ void Connection::front_sent() {
     queue_.pop_front();
 }
 
+bool Connection::begin_pause() {
+    const std::chrono::milliseconds duration = queue_.front().pause;
+    if (duration.count() == 0) {
+        return false;
+    }
+    queue_.pop_front();
+    pausing_ = true;
+    pause_.start(duration, [this] {
+        pausing_ = false;
+        flush();
+        await_input();
+    });
+    return true;
+}
+
+void Connection::await_output() {
+    awaiting_output_ = true;
+    socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const asio::error_code& error) {
+        self->awaiting_output_ = false;
+        if (!error) {
+            self->flush();
+            self->await_input();
+        }
+    });
+}
+
 void Connection::flush() {
-    if (awaiting_output_ || ended_ || held_) {
+    if (awaiting_output_ || pausing_ || ended_ || held_) {
         return;
     }
     while (!queue_.empty() && !output_broken_) {
+        if (begin_pause()) {
+            return;
+        }
         const long count = write_front();
         if (count >= 0) {
             front_written_ += static_cast<size_t>(count);
@@ -153,15 +199,7 @@ void Connection::flush() {
                 front_sent();
             }
         } else if (would_block(errno)) {
-            awaiting_output_ = true;
-            socket_.async_wait(Socket::wait_write,
-                               [self = shared_from_this()](const asio::error_code& error) {
-                                   self->awaiting_output_ = false;
-                                   if (!error) {
-                                       self->flush();
-                                       self->await_input();
-                                   }
-                               });
+            await_output();
             return;
         } else {
             output_broken_ = true;

@@ -6,10 +6,13 @@
 #define VYM_SIM_CONNECTION_H
 
 #include "framer.h"
+#include "timer.h"
 #include "traffic.h"
 #include "unique_fd.h"
 
+#include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -31,7 +34,7 @@ public:
         std::function<void()> gone;
     };
 
-    Connection(Socket socket, Traffic& traffic, Listener listener);
+    Connection(asio::io_context& loop, Socket socket, Traffic& traffic, Listener listener);
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
@@ -49,6 +52,10 @@ public:
     void send(std::string bytes);
     /// Sends one 0x00 byte that carries the descriptor, then closes this end's copy.
     void send_descriptor(UniqueFd fd);
+    /// What is sent from now on waits that long once it is its turn.
+    void pause(std::chrono::milliseconds duration);
+    /// Reads nothing for that long.
+    void be_deaf(std::chrono::milliseconds duration);
     /// More is queued than a client that reads leaves there.
     bool is_congested() const;
 
@@ -56,11 +63,17 @@ private:
     struct Item {
         std::string bytes;
         UniqueFd fd;
+        /// Instead of bytes.
+        std::chrono::milliseconds pause{0};
     };
 
+    void add(Item item);
     void await_input();
     void read_some();
     void flush();
+    /// Whether the front is a pause, which begins then.
+    bool begin_pause();
+    void await_output();
     long write_front();
     void front_sent();
 
@@ -71,6 +84,10 @@ private:
     std::deque<Item> queue_;
     size_t front_written_ = 0;
     size_t queued_bytes_ = 0;
+    Timer pause_;
+    Timer deafness_;
+    bool pausing_ = false;
+    bool deaf_ = false;
     bool awaiting_input_ = false;
     bool awaiting_output_ = false;
     bool output_broken_ = false;

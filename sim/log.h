@@ -27,6 +27,8 @@ public:
     void command(std::string_view line) { write(LogLevel::All, "<- ", line); }
     void event(std::string_view line) { write(LogLevel::All, "-> ", line); }
     void note(std::string_view line) { write(LogLevel::All, "   ", line); }
+    /// What was done to the client on purpose.
+    void misdeed(std::string_view line) { write(LogLevel::Problems, "evil ", line); }
     /// What a script says.
     void words(std::string_view line) { write(LogLevel::Problems, "-- ", line); }
     /// Why a script failed: shown however quiet it is to be.

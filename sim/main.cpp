@@ -131,10 +131,28 @@ void add_replay_option(CLI::App& app, std::string& file) {
                        "Play the server's side of a recorded conversation, the library's "
                        "client_sock.log; the exit code is 1 if the client does not follow it")
             ->type_name("FILE");
-    for (const char* other :
-         {"--world", "--hall", "--script", "--ring-after", "--voice", "--music", "--record"}) {
+    for (const char* other : {"--world", "--hall", "--script", "--ring-after", "--voice", "--music",
+                              "--record", "--evil"}) {
         replay->excludes(app.get_option(other));
     }
+}
+
+/// Refuses what to_evil_options() refuses; for CLI11, which takes the text as the reason.
+std::string why_not_evil(const std::string& text) {
+    try {
+        sim::to_evil_options(text);
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+    return "";
+}
+
+void add_evil_option(CLI::App& app, sim::Options& options) {
+    app.add_option_function<std::string>(
+           "--evil", [&options](const std::string& text) { options.evil = sim::to_evil_options(text); },
+           "Misbehave towards the client, each time in the same way (docs/simulator.md says how)")
+        ->type_name("SEED[:KIND,...]")
+        ->check(why_not_evil);
 }
 
 /// What else the options say is for a simulator that is to be started.
@@ -168,6 +186,7 @@ Settings parse(CLI::App& app, int argc, char** argv) {
                    "Write the bytes that cross the socket to FILE, as text")
         ->type_name("FILE");
     add_control_options(app, settings);
+    add_evil_option(app, options);
     add_ring_options(app, ring_after_ms, ring_number);
     add_world_options(app, world_file, hall);
     SoundFiles sounds;

@@ -9,6 +9,7 @@
 #include <asio/post.hpp>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -83,6 +84,9 @@ Server::Server(asio::io_context& loop, World world, Options options, std::ostrea
       traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace, {}, {}, {}},
       dispatcher_(log_), control_(loop_, world_, [this] { return is_client_here(); }), acceptor_(loop_),
       stall_(loop_) {
+    if (options_.evil) {
+        evil_.emplace(*options_.evil);
+    }
     hub_.radio_on = [this] {
         for (const auto& module : modules_) {
             module->radio_on();
@@ -184,7 +188,7 @@ void Server::serve(Connection::Socket socket) {
     listener.line = [this](std::string_view line) { received(line); };
     listener.line_too_long = [this] { log_.problem("a line is longer than any command, ignored"); };
     listener.gone = [this] { client_gone(); };
-    client_ = std::make_shared<Connection>(std::move(socket), traffic_, std::move(listener));
+    client_ = std::make_shared<Connection>(loop_, std::move(socket), traffic_, std::move(listener));
     client_->hold(stalled_);
     client_->start();
     if (replay_) {
@@ -209,6 +213,9 @@ void Server::drop_client() {
         client_->finish();
         client_.reset();
     }
+    if (evil_) {
+        evil_->client_left();
+    }
     closing_ = false;
 }
 
@@ -228,19 +235,66 @@ void Server::client_gone() {
 
 void Server::send(const Event& event) {
     if (client_) {
-        if (log_.shows_traffic()) {
-            log_.event(described(protocol::Direction::Event, event.bytes()));
-        }
-        control_.event_sent(event.bytes());
-        client_->send(event.bytes() + '\0');
+        tell(event);
+        deliver(event, UniqueFd());
     }
 }
 
 void Server::hand_over(uint8_t id, UniqueFd fd) {
     if (client_) {
-        send(Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get())));
+        const Event event = Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get()));
+        tell(event);
         log_.event("descriptor");
+        deliver(event, std::move(fd));
+    }
+}
+
+void Server::tell(const Event& event) {
+    if (log_.shows_traffic()) {
+        log_.event(described(protocol::Direction::Event, event.bytes()));
+    }
+    control_.event_sent(event.bytes());
+}
+
+void Server::deliver(const Event& event, UniqueFd fd) {
+    if (!evil_) {
+        client_->send(event.bytes() + '\0');
+        if (fd) {
+            client_->send_descriptor(std::move(fd));
+        }
+        return;
+    }
+    const Deeds deeds = evil_->on_event(event.bytes(), static_cast<bool>(fd));
+    if (!deeds.report.empty()) {
+        log_.misdeed(deeds.report);
+    }
+    for (const Deed& deed : deeds.all) {
+        if (is_client_here()) {
+            carry_out(deed, fd);
+        }
+    }
+}
+
+void Server::carry_out(const Deed& deed, UniqueFd& fd) {
+    switch (deed.what) {
+    case Deed::What::Write:
+        client_->send(deed.bytes);
+        break;
+    case Deed::What::Descriptor:
         client_->send_descriptor(std::move(fd));
+        break;
+    case Deed::What::Spare:
+        client_->send_descriptor(UniqueFd(open("/dev/null", O_RDWR | O_CLOEXEC)));
+        break;
+    case Deed::What::Pause:
+        client_->pause(deed.duration);
+        break;
+    case Deed::What::Deafness:
+        client_->be_deaf(deed.duration);
+        break;
+    case Deed::What::Close:
+        close_soon();
+        break;
     }
 }
 

@@ -9,6 +9,7 @@
 #include "control.h"
 #include "control_socket.h"
 #include "dispatcher.h"
+#include "evil.h"
 #include "module.h"
 #include "replay.h"
 #include "script.h"
@@ -19,6 +20,7 @@
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -45,6 +47,8 @@ struct Options {
     bool stay = false;
     /// A capture whose server's side is played instead of the world, unless it is empty.
     std::string replay_file;
+    /// None: the server behaves.
+    std::optional<EvilOptions> evil{};
 };
 
 /// Runs on the thread that runs the event loop; stop() is to be called there too.
@@ -71,6 +75,10 @@ private:
     void hand_over(uint8_t id, UniqueFd fd) override;
     bool is_congested() const override { return client_ && client_->is_congested(); }
 
+    void tell(const Event& event);
+    void deliver(const Event& event, UniqueFd fd);
+    void carry_out(const Deed& deed, UniqueFd& fd);
+
     void accept();
     void serve(Connection::Socket socket);
     void client_gone();
@@ -83,6 +91,7 @@ private:
     // The language's verbs for the server itself, in server_verbs.cpp.
     std::vector<Verb> verbs();
     void close_client(Given& given);
+    void close_soon();
     void stall(Given& given);
     static void crash(Given& given);
     void send_raw(Given& given);
@@ -109,6 +118,7 @@ private:
     int result_ = 0;
     asio::local::stream_protocol::acceptor acceptor_;
     std::shared_ptr<Connection> client_;
+    std::optional<Evil> evil_;
     /// The client is as good as gone.
     bool closing_ = false;
     /// Until the server is itself again.

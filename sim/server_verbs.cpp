@@ -63,6 +63,10 @@ void Server::close_client(Given& given) {
     if (!is_client_here()) {
         throw Refused("no client is connected");
     }
+    close_soon();
+}
+
+void Server::close_soon() {
     closing_ = true;
     client_->cut();
     // It may be in the middle of handing over commands.

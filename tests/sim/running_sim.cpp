@@ -172,13 +172,17 @@ sim::UniqueFd TestClient::enable() {
     return audio;
 }
 
-RunningSim::RunningSim(sim::World world, sim::Pace pace, const std::string& script, bool stay) {
+RunningSim::RunningSim(sim::World world, sim::Pace pace, const std::string& script, bool stay,
+                       const std::string& evil) {
     sim::Options options;
     options.dir = dir_.path();
     options.log = sim::LogLevel::All;
     options.traffic_file = dir_.file("traffic");
     options.pace = pace;
     options.stay = stay;
+    if (!evil.empty()) {
+        options.evil = sim::to_evil_options(evil);
+    }
     if (!script.empty()) {
         options.script_file = dir_.file("script");
         std::ofstream(options.script_file) << script;

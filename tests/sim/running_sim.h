@@ -77,9 +77,10 @@ bool wait_readable(int fd);
 
 class RunningSim {
 public:
-    /// The lines of a script are carried out when there are any.
+    /// The lines of a script are carried out when there are any. `evil`: as for the option.
     explicit RunningSim(sim::World world = sim::built_in_world(), sim::Pace pace = quick(),
-                        const std::string& script = {}, bool stay = false);
+                        const std::string& script = {}, bool stay = false,
+                        const std::string& evil = {});
     ~RunningSim();
     RunningSim(const RunningSim&) = delete;
     RunningSim& operator=(const RunningSim&) = delete;
