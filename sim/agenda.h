@@ -17,11 +17,11 @@ namespace sim {
 /// Entries may be added and cancelled while one runs; a cancelled entry never runs.
 class Agenda {
 public:
-    explicit Agenda(asio::io_context& loop) : timer_(loop) {}
+    explicit Agenda(asio::io_context& loop) : clock_(Clock::of(loop)), timer_(loop) {}
 
     /// Returns what cancels the entry; never 0.
     uint64_t add(std::chrono::milliseconds after, std::function<void()> function) {
-        entries_.push_back({++last_, Clock::now() + after, std::move(function)});
+        entries_.push_back({++last_, clock_.now() + after, std::move(function)});
         arm();
         return last_;
     }
@@ -42,8 +42,6 @@ public:
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Entry {
         uint64_t id;
         Clock::time_point due;
@@ -80,6 +78,7 @@ private:
         }
     }
 
+    Clock& clock_;
     Timer timer_;
     std::vector<Entry> entries_;
     uint64_t last_ = 0;

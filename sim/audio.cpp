@@ -48,7 +48,7 @@ void Audio::open() {
     ++run_;
     sent_packets_ = dropped_packets_ = voice_bytes_ = 0;
     await_voice();
-    due_ = std::chrono::steady_clock::now() + hub_.pace.audio_packet;
+    due_ = Clock::of(hub_.loop).now() + hub_.pace.audio_packet;
     timer_.start_at(due_, [this] { tick(); });
     hub_.out.hand_over(kTransportAudio, std::move(pair.clients));
 }
@@ -74,7 +74,7 @@ void Audio::tick() {
     }
     // Paced from the last due time, so that late wake-ups do not add up; after a long stop there is no
     // burst.
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = Clock::of(hub_.loop).now();
     due_ += hub_.pace.audio_packet;
     if (due_ < now - 10 * hub_.pace.audio_packet) {
         due_ = now;
@@ -108,8 +108,12 @@ void Audio::stream_one() {
 void Audio::await_voice() {
     fd_->async_wait(asio::posix::stream_descriptor::wait_read,
                     [this, run = run_](const asio::error_code& error) {
-                        if (!error && fd_ && run == run_) {
-                            read_voice();
+                        if (!error) {
+                            Clock::of(hub_.loop).take_turn(Clock::Turn::Data, [this, run] {
+                                if (fd_ && run == run_) {
+                                    read_voice();
+                                }
+                            });
                         }
                     });
 }

@@ -34,7 +34,7 @@ private:
 
     Hub& hub_;
     Timer timer_;
-    std::chrono::steady_clock::time_point due_;
+    Clock::time_point due_;
     std::optional<asio::posix::stream_descriptor> fd_;
     /// Counts the descriptors, so that a wait for an old one is recognised when it ends.
     uint64_t run_ = 0;

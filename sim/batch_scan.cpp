@@ -14,8 +14,6 @@
 namespace sim {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// Bits of the scan mode; one of them is also the format of a report.
 enum Format : uint16_t { kTruncated = 1, kFull = 2 };
 
@@ -44,9 +42,9 @@ std::string counted(const std::string& data) {
 }
 
 /// Address, its type (random), transmission power (unknown), RSSI, age in units of 50 ms.
-std::string head_of(const Record& record) {
+std::string head_of(const Record& record, Clock::time_point now) {
     constexpr std::string_view kRandomUnknown = "\x01\x7F";
-    const auto age = (Clock::now() - record.heard) / std::chrono::milliseconds(50);
+    const auto age = (now - record.heard) / std::chrono::milliseconds(50);
     return raw(record.address).append(kRandomUnknown) + static_cast<char>(record.rssi) +
            le16(static_cast<uint16_t>(std::min<int64_t>(age, 0xFFFF)));
 }
@@ -158,8 +156,8 @@ private:
     }
 
     void keep(const Device& device) {
-        const Record record{device.address, device.rssi, Clock::now(), advertisement_of(device),
-                            scan_response_of(device)};
+        const Record record{device.address, hub().chance.rssi(device.rssi), Clock::of(hub().loop).now(),
+                            advertisement_of(device), scan_response_of(device)};
         if ((mode_ & kFull) != 0) {
             keep(full_, record);
         }
@@ -205,7 +203,7 @@ private:
             Store& store = format == kFull ? full_ : truncated_;
             count = store.records.size();
             for (const Record& record : store.records) {
-                data += head_of(record);
+                data += head_of(record, Clock::of(hub().loop).now());
                 if (format == kFull) {
                     data += counted(record.advertisement) + counted(record.response);
                 }

@@ -52,7 +52,7 @@ Connection::Connection(asio::io_context& loop, Socket socket, Traffic& traffic, 
                        listener_.line_too_long();
                    }
                }}),
-      pause_(loop), deafness_(loop) {
+      clock_(Clock::of(loop)), pause_(loop), deafness_(loop) {
     socket_.native_non_blocking(true);
 }
 
@@ -88,10 +88,16 @@ void Connection::await_input() {
     }
     awaiting_input_ = true;
     socket_.async_wait(Socket::wait_read, [self = shared_from_this()](const asio::error_code& error) {
-        self->awaiting_input_ = false;
-        if (!error && !self->ended_ && !self->held_ && !self->deaf_) {
-            self->read_some();
+        if (error) {
+            self->awaiting_input_ = false;
+            return;
         }
+        self->clock_.take_turn(Clock::Turn::Command, [self] {
+            self->awaiting_input_ = false;
+            if (!self->ended_ && !self->held_ && !self->deaf_) {
+                self->read_some();
+            }
+        });
     });
 }
 

@@ -84,6 +84,7 @@ private:
     std::deque<Item> queue_;
     size_t front_written_ = 0;
     size_t queued_bytes_ = 0;
+    Clock& clock_;
     Timer pause_;
     Timer deafness_;
     bool pausing_ = false;

@@ -223,14 +223,21 @@ void Control::command_came(std::string_view line) {
                  text.substr(0, kPrefix.size()) == kPrefix ? text.substr(kPrefix.size()) : text);
 }
 
+bool Control::any_session(bool (Session::*is_so)() const) const {
+    return std::any_of(sessions_.begin(), sessions_.end(), [is_so](const auto& weak) {
+        const std::shared_ptr<Session> session = weak.lock();
+        return session && (*session.*is_so)();
+    });
+}
+
+bool Control::is_pausing() const {
+    return any_session(&Session::is_pausing);
+}
+
 void Control::event_sent(std::string_view text) {
     history_.add(Direction::Event, text);
-    const bool awaited = std::any_of(sessions_.begin(), sessions_.end(), [](const auto& weak) {
-        const std::shared_ptr<Session> session = weak.lock();
-        return session && session->waits_for_event();
-    });
     // A module is at work now; what a session does next may be another order to it.
-    if (awaited && !look_posted_) {
+    if (any_session(&Session::waits_for_event) && !look_posted_) {
         look_posted_ = true;
         asio::post(loop_, [this] {
             look_posted_ = false;
@@ -249,8 +256,12 @@ void Control::look() {
     }
 }
 
-Result Control::carry_out(const Order& order, Mark& mark) {
+Result Control::carry_out(const Step& step, Mark& mark) {
+    const Order& order = step.order;
     if (order.verb->acts) {
+        if (on_order_) {
+            on_order_(step.line);
+        }
         mark = {history_.next_number(), history_.next_number()};
     }
     Given given(world_, order.arguments);
@@ -269,7 +280,7 @@ Result Control::carry_out(const Order& order, Mark& mark) {
 
 std::optional<Result> Session::run(Step step, Done done) {
     if (step.kind == Step::Kind::Verb) {
-        return control_.carry_out(step.order, mark_);
+        return control_.carry_out(step, mark_);
     }
     step_ = std::move(step);
     own_ = mark_;
@@ -278,8 +289,12 @@ std::optional<Result> Session::run(Step step, Done done) {
         return result;
     }
     done_ = std::move(done);
-    timer_.start(step_->time,
-                 [this] { finish(step_->kind == Step::Kind::Pause ? Result{} : time_is_up()); });
+    if (step_->kind == Step::Kind::Pause) {
+        timer_.start(step_->time, [this] { finish({}); });
+    } else {
+        // The client has all the time of the real world, however fast that of the simulated one passes.
+        timer_.start_real(step_->time, [this] { finish(time_is_up()); });
+    }
     return std::nullopt;
 }
 

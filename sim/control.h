@@ -61,6 +61,10 @@ public:
     /// `client_here` says whether a client is connected.
     Control(asio::io_context& loop, World& world, std::function<bool()> client_here);
 
+    /// Is told of each order before it is carried out, unless it only asks.
+    void on_order(std::function<void(const std::string& line)> listener) {
+        on_order_ = std::move(listener);
+    }
     void add(std::vector<Verb> verbs) { verbs_.add(std::move(verbs)); }
     /// A comment and an empty line are no steps. Throws Refused.
     std::optional<Step> parse(std::string_view line) const;
@@ -78,19 +82,23 @@ public:
     void event_sent(std::string_view text);
     /// Sessions look at what has happened. Not from within a module.
     void look();
+    /// Whether somebody has said "pause".
+    bool is_pausing() const;
 
 private:
     friend class Session;
 
+    bool any_session(bool (Session::*is_so)() const) const;
     Step parse_wait(std::vector<std::string> words) const;
     Lines help(const std::vector<std::string>& words) const;
     void give_help(Given& given) const;
     std::vector<std::string> candidates(const std::vector<std::string>& words) const;
-    Result carry_out(const Order& order, Mark& mark);
+    Result carry_out(const Step& step, Mark& mark);
 
     asio::io_context& loop_;
     World& world_;
     std::function<bool()> client_here_;
+    std::function<void(const std::string& line)> on_order_;
     Verbs verbs_;
     History history_;
     Mark desk_;
@@ -113,6 +121,7 @@ public:
     /// Whether what it waits for has happened.
     void look();
     bool waits_for_event() const;
+    bool is_pausing() const { return step_ && step_->kind == Step::Kind::Pause; }
 
 private:
     std::optional<Result> check();

@@ -59,7 +59,7 @@ private:
     }
 
     void wait() {
-        timer_.start(hub().pace.discovery_step, [this] { step(); });
+        timer_.start(hub().chance.around(hub().pace.discovery_step), [this] { step(); });
     }
 
     void step() {
@@ -84,7 +84,7 @@ private:
                  .address(device.address)
                  .byte(device.type)
                  .dword(device.class_of_device)
-                 .byte(static_cast<uint8_t>(device.rssi))
+                 .byte(static_cast<uint8_t>(hub().chance.rssi(device.rssi)))
                  .block(services)
                  .text(device.name));
     }

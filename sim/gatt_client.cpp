@@ -327,7 +327,7 @@ private:
         const Address address = fields.address();
         fields.end();
         const bool connected = low_energy_->find(client_if, address) != nullptr;
-        const int8_t value = connected ? world().find(address)->rssi : int8_t{0};
+        const int8_t value = connected ? hub().chance.rssi(world().find(address)->rssi) : int8_t{0};
         send(Event("KR")
                  .byte(client_if)
                  .address(address)

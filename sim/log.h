@@ -5,9 +5,11 @@
 #ifndef VYM_SIM_LOG_H
 #define VYM_SIM_LOG_H
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace sim {
 
@@ -21,11 +23,16 @@ class Log {
 public:
     Log(LogLevel level, std::ostream& out) : level_(level), out_(out) {}
 
+    /// Everything is recorded, too, whatever the level is.
+    void record_with(std::function<void(std::string_view line)> record) { record_ = std::move(record); }
+
     /// Whether commands and events are worth the work of describing them.
-    bool shows_traffic() const { return level_ >= LogLevel::All; }
+    bool shows_traffic() const { return level_ >= LogLevel::All || record_; }
 
     void command(std::string_view line) { write(LogLevel::All, "<- ", line); }
     void event(std::string_view line) { write(LogLevel::All, "-> ", line); }
+    /// What the world was told to do.
+    void order(std::string_view line) { write(LogLevel::All, "== ", line); }
     void note(std::string_view line) { write(LogLevel::All, "   ", line); }
     /// What was done to the client on purpose.
     void misdeed(std::string_view line) { write(LogLevel::Problems, "evil ", line); }
@@ -37,14 +44,22 @@ public:
 
 private:
     void write(LogLevel least, std::string_view mark, std::string_view line) {
+        if (level_ < least && !record_) {
+            return;
+        }
+        const std::string text = std::string(mark).append(line);
+        if (record_) {
+            record_(text);
+        }
         if (level_ >= least) {
             // One insertion and a flush: lines of two processes on one terminal must not mix.
-            out_ << std::string(mark).append(line).append("\n") << std::flush;
+            out_ << text + '\n' << std::flush;
         }
     }
 
     LogLevel level_;
     std::ostream& out_;
+    std::function<void(std::string_view line)> record_;
 };
 
 } // namespace sim

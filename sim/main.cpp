@@ -124,6 +124,20 @@ void add_control_options(CLI::App& app, Settings& settings) {
         ->type_name("WORD");
 }
 
+void add_time_options(CLI::App& app, sim::Options& options) {
+    app.add_option("--time", options.virtual_time,
+                   "How time passes: as in the real world, or as fast as the client allows")
+        ->type_name("real|virtual")
+        ->transform(CLI::Transformer(std::map<std::string, bool>{{"real", false}, {"virtual", true}}));
+    app.add_option("--seed", options.seed,
+                   "What changes by chance (how strongly devices are received, and when) follows from "
+                   "this number; without it nothing does")
+        ->type_name("NUMBER");
+    app.add_option("--transcript", options.transcript_file,
+                   "Write all that happens to FILE, with the time of the simulated world")
+        ->type_name("FILE");
+}
+
 /// A capture is played instead of a world, and has its own course.
 void add_replay_option(CLI::App& app, std::string& file) {
     auto* replay =
@@ -186,6 +200,7 @@ Settings parse(CLI::App& app, int argc, char** argv) {
                    "Write the bytes that cross the socket to FILE, as text")
         ->type_name("FILE");
     add_control_options(app, settings);
+    add_time_options(app, options);
     add_evil_option(app, options);
     add_ring_options(app, ring_after_ms, ring_number);
     add_world_options(app, world_file, hall);
@@ -232,7 +247,7 @@ int run(Settings settings) {
     if (settings.prompt) {
         prompt = sim::make_prompt(loop, server.control(), [&server] { server.stop(); });
     }
-    loop.run();
+    sim::Clock::of(loop).run(loop);
     return server.result();
 }
 

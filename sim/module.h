@@ -6,6 +6,7 @@
 #ifndef VYM_SIM_MODULE_H
 #define VYM_SIM_MODULE_H
 
+#include "chance.h"
 #include "log.h"
 #include "unique_fd.h"
 #include "verb.h"
@@ -94,6 +95,7 @@ struct Hub {
     std::function<void(const Address&)> link_down;
     /// Tells every module that a device is in range again.
     std::function<void(const Address&)> device_back{};
+    Chance chance{};
 };
 
 struct Command {

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The vym authors
 
 // What is asked of the radio itself: signal strength, address, out-of-band data, LE tests, loopback.
+#include "clock.h"
 #include "modules.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@
 
 namespace sim {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 enum LeTest : uint16_t { kReceive = 1, kTransmit = 2, kEnd = 3 };
 
@@ -49,7 +48,7 @@ private:
             status = kNotReady;
         }
         send(Event("BS").address(address).byte(status).byte(
-            static_cast<uint8_t>(connected ? device->rssi : 0)));
+            static_cast<uint8_t>(connected ? hub().chance.rssi(device->rssi) : 0)));
     }
 
     void read_address(Fields& fields) {
@@ -87,7 +86,7 @@ private:
         if (test_) {
             return kBusy;
         }
-        test_ = Test{operation, Clock::now()};
+        test_ = Test{operation, Clock::of(hub().loop).now()};
         return kSuccess;
     }
 
@@ -98,7 +97,8 @@ private:
         if (test_->operation == kReceive) {
             // A tester sends one packet in 625 microseconds; the first is on its way when the test
             // begins.
-            const auto received = 1 + (Clock::now() - test_->begun) / std::chrono::microseconds(625);
+            const auto received =
+                1 + (Clock::of(hub().loop).now() - test_->begun) / std::chrono::microseconds(625);
             packets = static_cast<uint16_t>(std::min<int64_t>(received, 0xFFFF));
         }
         test_.reset();

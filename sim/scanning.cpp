@@ -69,7 +69,7 @@ private:
     }
 
     void wait() {
-        timer_.start(hub().pace.advertising_interval, [this] { listen(); });
+        timer_.start(hub().chance.around(hub().pace.advertising_interval), [this] { listen(); });
     }
 
     void listen() {
@@ -126,7 +126,7 @@ private:
     void report(const Device& device, DataType type, const std::string& data) {
         send(Event("KB")
                  .address(device.address)
-                 .byte(static_cast<uint8_t>(device.rssi))
+                 .byte(static_cast<uint8_t>(hub().chance.rssi(device.rssi)))
                  .byte(type)
                  .block(data));
     }

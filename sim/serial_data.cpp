@@ -195,9 +195,13 @@ void SerialData::await_input() {
     awaiting_input_ = true;
     fd_->async_wait(asio::posix::stream_descriptor::wait_read,
                     [this, run = run_](const asio::error_code& error) {
-                        if (!error && fd_ && run == run_) {
-                            awaiting_input_ = false;
-                            read_some();
+                        if (!error) {
+                            Clock::of(hub_.loop).take_turn(Clock::Turn::Data, [this, run] {
+                                if (fd_ && run == run_) {
+                                    awaiting_input_ = false;
+                                    read_some();
+                                }
+                            });
                         }
                     });
 }

@@ -81,12 +81,14 @@ std::string free_socket_path(const std::string& dir) {
 Server::Server(asio::io_context& loop, World world, Options options, std::ostream& log)
     : loop_(loop), options_(std::move(options)), world_(std::move(world)), log_(options_.log, log),
       path_(free_socket_path(options_.dir)),
-      traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace, {}, {}, {}},
+      traffic_(options_.traffic_file), hub_{loop_, world_, *this, log_, options_.pace,
+                                            {},    {},     {},    {},   Chance(options_.seed)},
       dispatcher_(log_), control_(loop_, world_, [this] { return is_client_here(); }), acceptor_(loop_),
       stall_(loop_) {
     if (options_.evil) {
         evil_.emplace(*options_.evil);
     }
+    start_clock();
     hub_.radio_on = [this] {
         for (const auto& module : modules_) {
             module->radio_on();
@@ -136,6 +138,23 @@ Server::~Server() {
     remove_socket();
 }
 
+void Server::start_clock() {
+    Clock& clock = Clock::of(loop_);
+    if (options_.virtual_time) {
+        Clock::Conditions conditions;
+        conditions.is_quiet = [this] { return !is_client_here() || client_threads_->all_wait(); };
+        // While nobody is here the world waits, or a client would find another one each time it comes;
+        // but a script may let time pass.
+        conditions.may_time_pass = [this] { return is_client_here() || control_.is_pausing(); };
+        clock.make_virtual(std::move(conditions));
+    }
+    if (!options_.transcript_file.empty()) {
+        transcript_.emplace(options_.transcript_file, clock);
+        log_.record_with([this](std::string_view line) { transcript_->add(line); });
+    }
+    control_.on_order([this](const std::string& line) { log_.order(line); });
+}
+
 void Server::play_world() {
     modules_ = make_modules(hub_);
     for (const auto& module : modules_) {
@@ -148,8 +167,7 @@ void Server::read_replay() {
     Outbox& out = *this;
     replay_ = std::make_unique<Replay>(loop_, options_.replay_file, out, log_, [this](int code) {
         result_ = code;
-        // A command may be at work, and its client is to be closed.
-        asio::post(loop_, [this] { stop(); });
+        stop_soon();
     });
 }
 
@@ -171,6 +189,11 @@ void Server::stop() {
     loop_.stop();
 }
 
+void Server::stop_soon() {
+    // A command may be at work, and its client is to be closed.
+    in_turn([this] { asio::post(loop_, [this] { stop(); }); });
+}
+
 void Server::accept() {
     acceptor_.async_accept([this](const asio::error_code& error, Connection::Socket socket) {
         if (!error) {
@@ -185,9 +208,16 @@ void Server::accept() {
 void Server::serve(Connection::Socket socket) {
     log_.note("client connected");
     Connection::Listener listener;
-    listener.line = [this](std::string_view line) { received(line); };
+    listener.line = [this](std::string_view line) {
+        with_client(Clock::Turn::Command, [this, text = std::string(line)] {
+            if (!closing_) {
+                received(text);
+            }
+        });
+    };
     listener.line_too_long = [this] { log_.problem("a line is longer than any command, ignored"); };
-    listener.gone = [this] { client_gone(); };
+    listener.gone = [this] { with_client(Clock::Turn::Command, [this] { client_gone(); }); };
+    client_threads_.emplace(socket.native_handle());
     client_ = std::make_shared<Connection>(loop_, std::move(socket), traffic_, std::move(listener));
     client_->hold(stalled_);
     client_->start();
@@ -235,23 +265,43 @@ void Server::client_gone() {
 
 void Server::send(const Event& event) {
     if (client_) {
-        tell(event);
-        deliver(event, UniqueFd());
+        send_in_turn(event, UniqueFd());
     }
 }
 
 void Server::hand_over(uint8_t id, UniqueFd fd) {
     if (client_) {
-        const Event event = Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get()));
-        tell(event);
-        log_.event("descriptor");
-        deliver(event, std::move(fd));
+        send_in_turn(Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get())), std::move(fd));
     }
 }
 
-void Server::tell(const Event& event) {
+void Server::send_in_turn(const Event& event, UniqueFd fd) {
+    // A function can be copied, a descriptor not.
+    const auto shared = std::make_shared<UniqueFd>(std::move(fd));
+    with_client(Clock::Turn::Event, [this, event, shared] {
+        tell(event, static_cast<bool>(*shared));
+        deliver(event, std::move(*shared));
+    });
+}
+
+void Server::in_turn(std::function<void()> function) {
+    Clock::of(loop_).take_turn(Clock::Turn::Event, std::move(function));
+}
+
+void Server::with_client(Clock::Turn turn, std::function<void()> function) {
+    Clock::of(loop_).take_turn(turn, [this, f = std::move(function), client = std::weak_ptr(client_)] {
+        if (client_ && client.lock() == client_) {
+            f();
+        }
+    });
+}
+
+void Server::tell(const Event& event, bool has_descriptor) {
     if (log_.shows_traffic()) {
         log_.event(described(protocol::Direction::Event, event.bytes()));
+        if (has_descriptor) {
+            log_.event("descriptor");
+        }
     }
     control_.event_sent(event.bytes());
 }

@@ -5,6 +5,7 @@
 #ifndef VYM_SIM_SERVER_H
 #define VYM_SIM_SERVER_H
 
+#include "client_threads.h"
 #include "connection.h"
 #include "control.h"
 #include "control_socket.h"
@@ -15,6 +16,7 @@
 #include "script.h"
 #include "timer.h"
 #include "traffic.h"
+#include "transcript.h"
 #include "world.h"
 
 #include <asio/io_context.hpp>
@@ -40,7 +42,13 @@ struct Options {
     LogLevel log = LogLevel::Problems;
     /// No traffic is recorded when empty.
     std::string traffic_file;
+    /// All that happens is recorded here, unless it is empty.
+    std::string transcript_file;
     Pace pace;
+    /// Time passes as fast as the client allows.
+    bool virtual_time = false;
+    /// None: what differs from one time to the next is always the same.
+    std::optional<uint32_t> seed{};
     /// Carried out once the server listens, unless it is empty; "-" is standard input.
     std::string script_file;
     /// The server goes on when the script has come to its good end.
@@ -75,7 +83,8 @@ private:
     void hand_over(uint8_t id, UniqueFd fd) override;
     bool is_congested() const override { return client_ && client_->is_congested(); }
 
-    void tell(const Event& event);
+    void send_in_turn(const Event& event, UniqueFd fd);
+    void tell(const Event& event, bool has_descriptor);
     void deliver(const Event& event, UniqueFd fd);
     void carry_out(const Deed& deed, UniqueFd& fd);
 
@@ -85,6 +94,7 @@ private:
     void drop_client();
     void remove_socket();
     void received(std::string_view line);
+    void start_clock();
     void read_replay();
     void play_world();
 
@@ -93,9 +103,14 @@ private:
     void close_client(Given& given);
     void close_soon();
     void stall(Given& given);
-    static void crash(Given& given);
+    void crash(Given& given);
     void send_raw(Given& given);
     void end(Given& given);
+    /// Calls it when what has been sent is on its way.
+    void in_turn(std::function<void()> function);
+    /// Calls it in its turn, if the client is still the same then.
+    void with_client(Clock::Turn turn, std::function<void()> function);
+    void stop_soon();
     bool is_client_here() const { return client_ && !closing_; }
     void open_control();
     void read_script();
@@ -107,6 +122,7 @@ private:
     Log log_;
     std::string path_;
     Traffic traffic_;
+    std::optional<Transcript> transcript_;
     Hub hub_;
     Dispatcher dispatcher_;
     std::vector<std::unique_ptr<Module>> modules_;
@@ -118,6 +134,7 @@ private:
     int result_ = 0;
     asio::local::stream_protocol::acceptor acceptor_;
     std::shared_ptr<Connection> client_;
+    std::optional<ClientThreads> client_threads_;
     std::optional<Evil> evil_;
     /// The client is as good as gone.
     bool closing_ = false;

@@ -20,7 +20,7 @@ std::vector<Verb> Server::verbs() {
         return Verb{pattern, help, [this, handler](Given& given) { (this->*handler)(given); }};
     };
     return {
-        {"server crash", "end at once, without cleaning up (exit code 3)", crash},
+        verb("server crash", "end at once, without cleaning up (exit code 3)", &Server::crash),
         verb("server stall SECONDS", "let nothing cross the socket for that long", &Server::stall),
         verb("server close", "drop the client", &Server::close_client),
         verb("event TEXT", "send these characters (\\xNN for any byte) and the NUL of an event",
@@ -33,15 +33,14 @@ std::vector<Verb> Server::verbs() {
 }
 
 void Server::crash(Given& given) {
-    given.afterwards([] { std::_Exit(kCrashed); });
+    given.afterwards([this] { in_turn([] { std::_Exit(kCrashed); }); });
 }
 
 void Server::end(Given& given) {
     const int code = given.has(0) ? given.number<int>(0) : 0;
     given.afterwards([this, code] {
         result_ = code;
-        // A command may be at work, and its client is to be closed.
-        asio::post(loop_, [this] { stop(); });
+        stop_soon();
     });
 }
 
@@ -63,7 +62,7 @@ void Server::close_client(Given& given) {
     if (!is_client_here()) {
         throw Refused("no client is connected");
     }
-    close_soon();
+    with_client(Clock::Turn::Event, [this] { close_soon(); });
 }
 
 void Server::close_soon() {
@@ -81,9 +80,11 @@ void Server::send_raw(Given& given) {
     if (!is_client_here()) {
         throw Refused("no client is connected");
     }
-    log_.event("raw \"" + printable(given.text(0)) + '"');
-    control_.event_sent(given.text(0));
-    client_->send(given.text(0) + '\0');
+    with_client(Clock::Turn::Event, [this, text = given.text(0)] {
+        log_.event("raw \"" + printable(text) + '"');
+        control_.event_sent(text);
+        client_->send(text + '\0');
+    });
 }
 
 void Server::open_control() {
@@ -114,7 +115,7 @@ void Server::start_script() {
     listener.end = [this](bool good) {
         result_ = good ? 0 : 1;
         if (!good || !options_.stay) {
-            asio::post(loop_, [this] { stop(); });
+            stop_soon();
         }
     };
     asio::post(loop_, [this, listener] { script_->start(listener); });

@@ -58,6 +58,15 @@ std::string read_text_file(const std::string& path, size_t most) {
     return text;
 }
 
+std::ofstream create_file(const std::string& path, const std::string& what) {
+    std::ofstream file(path, std::ios::trunc);
+    if (!file) {
+        throw std::runtime_error("cannot write the " + what + " " + path + ": " +
+                                 std::generic_category().message(errno));
+    }
+    return file;
+}
+
 bool is_utf8(std::string_view text) {
     for (size_t i = 0; i < text.size();) {
         const auto first = static_cast<uint8_t>(text[i]);

@@ -6,6 +6,7 @@
 #define VYM_SIM_TEXT_FILE_H
 
 #include <cstddef>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -22,6 +23,9 @@ public:
 
 /// The whole content of a file. Throws FileError, also when it is longer than `most` bytes.
 std::string read_text_file(const std::string& path, size_t most);
+
+/// A file to be written, empty. Throws std::runtime_error; `what` is how its message calls the file.
+std::ofstream create_file(const std::string& path, const std::string& what);
 
 bool is_utf8(std::string_view text);
 

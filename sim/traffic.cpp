@@ -3,20 +3,13 @@
 
 #include "traffic.h"
 
-#include <cerrno>
-#include <stdexcept>
-#include <system_error>
+#include "text_file.h"
 
 namespace sim {
 
 Traffic::Traffic(const std::string& path) {
-    if (path.empty()) {
-        return;
-    }
-    file_.open(path, std::ios::trunc);
-    if (!file_) {
-        throw std::runtime_error("cannot write the traffic file " + path + ": " +
-                                 std::generic_category().message(errno));
+    if (!path.empty()) {
+        file_ = create_file(path, "traffic file");
     }
 }
 
