@@ -70,6 +70,7 @@ public:
             fail_cut(begin, header.size(), "header of 24");
         }
         const uint32_t length = word(header, 4);
+        time_us_ = static_cast<int64_t>(uint64_t{word(header, 16)} << 32 | word(header, 20));
         if (length == 0 || length > kLongestPacket || word(header, 0) != length) {
             fail(begin, name() + " has a wrong length (" + std::to_string(length) + " of " +
                             std::to_string(word(header, 0)) + " bytes); the capture is damaged");
@@ -92,6 +93,7 @@ public:
     }
 
     size_t record() const { return record_; }
+    int64_t time_us() const { return time_us_; }
     [[noreturn]] void fail(size_t offset, const std::string& problem) const {
         throw FileError(path_, "at byte " + std::to_string(offset) + ": " + problem);
     }
@@ -124,6 +126,7 @@ private:
     std::ifstream file_;
     size_t offset_ = 0;
     size_t record_ = 0;
+    int64_t time_us_ = 0;
 };
 
 bool begins_with(std::string_view text, std::string_view beginning) {
@@ -136,7 +139,7 @@ public:
     Joiner(bool is_command, std::string_view end_mark, std::vector<CapturedText>& out)
         : is_command_(is_command), end_mark_(end_mark), out_(out) {}
 
-    void add(std::string_view piece, size_t record) {
+    void add(std::string_view piece, size_t record, int64_t time_us) {
         if (!is_command_) {
             piece = new_part_of(piece);
         }
@@ -147,7 +150,8 @@ public:
         while ((end = text_.find(end_mark_, from)) != std::string::npos) {
             // Two NULs in a row: the second one carried a descriptor.
             if (is_command_ || end > 0) {
-                out_.push_back({is_command_, record, text_.substr(0, is_command_ ? end + 2 : end)});
+                out_.push_back(
+                    {is_command_, record, text_.substr(0, is_command_ ? end + 2 : end), time_us});
             }
             text_.erase(0, end + end_mark_.size());
             from = 0;
@@ -199,9 +203,9 @@ std::vector<CapturedText> read_capture(const std::string& path) {
     for (std::string packet = reader.packet(); !packet.empty(); packet = reader.packet()) {
         // Packets of other types are no text: an application may record them, too.
         if (begins_with(packet, kVendorCommand)) {
-            commands.add(reader.text(packet, kVendorCommand.size()), reader.record());
+            commands.add(reader.text(packet, kVendorCommand.size()), reader.record(), reader.time_us());
         } else if (begins_with(packet, kVendorEvent)) {
-            events.add(reader.text(packet, kVendorEvent.size()), reader.record());
+            events.add(reader.text(packet, kVendorEvent.size()), reader.record(), reader.time_us());
         }
     }
     if (texts.empty()) {

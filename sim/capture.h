@@ -6,6 +6,7 @@
 #define VYM_SIM_CAPTURE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,8 @@ struct CapturedText {
     size_t record = 0;
     /// A command with its CR LF, an event without its NUL.
     std::string text;
+    /// When that record was written, in microseconds.
+    int64_t time_us = 0;
 };
 
 /// The commands and events of a capture in the order in which they were recorded. Text without its end

@@ -165,10 +165,12 @@ void Server::play_world() {
 
 void Server::read_replay() {
     Outbox& out = *this;
-    replay_ = std::make_unique<Replay>(loop_, options_.replay_file, out, log_, [this](int code) {
+    const auto end = [this](int code) {
         result_ = code;
         stop_soon();
-    });
+    };
+    replay_ =
+        std::make_unique<Replay>(loop_, options_.replay_file, options_.replay_grace, out, log_, end);
 }
 
 void Server::remove_socket() {

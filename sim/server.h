@@ -55,6 +55,7 @@ struct Options {
     bool stay = false;
     /// A capture whose server's side is played instead of the world, unless it is empty.
     std::string replay_file;
+    std::chrono::milliseconds replay_grace = Replay::kGrace;
     /// None: the server behaves.
     std::optional<EvilOptions> evil{};
 };
