@@ -125,10 +125,12 @@ void add_control_options(CLI::App& app, Settings& settings) {
 }
 
 void add_time_options(CLI::App& app, sim::Options& options) {
-    app.add_option("--time", options.virtual_time,
-                   "How time passes: as in the real world, or as fast as the client allows")
+    app.add_option_function<std::string>(
+           "--time",
+           [&options](const std::string& time) { options.virtual_time = time == "virtual"; },
+           "How time passes: as in the real world, or as fast as the client allows")
         ->type_name("real|virtual")
-        ->transform(CLI::Transformer(std::map<std::string, bool>{{"real", false}, {"virtual", true}}));
+        ->check(CLI::IsMember({"real", "virtual"}));
     app.add_option("--seed", options.seed,
                    "What changes by chance (how strongly devices are received, and when) follows from "
                    "this number; without it nothing does")

@@ -32,8 +32,8 @@ protected:
     }
 
     [[nodiscard]] Strings Sim(const std::string& script, const Strings& options) const {
-        Strings arguments{"--dir",        directory_.Path(),  "--time", "virtual", "--script",
-                          Script(script), "--transcript", Path("transcript")};
+        Strings arguments{"--dir",    directory_.Path(), "--time",       "virtual",
+                          "--script", Script(script),    "--transcript", Path("transcript")};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return support::BuiltProgram(VYM_EMULATOR, VYM_SIM_PATH, arguments);
     }
@@ -101,7 +101,8 @@ TEST(TimeOption, IsRealOrVirtual) {
     Process sim(support::BuiltProgram(VYM_EMULATOR, VYM_SIM_PATH,
                                       {"--dir", directory.Path(), "--time", "fast"}));
     EXPECT_EQ(sim.ExitCode(), 2);
-    EXPECT_EQ(sim.Err(), "?");
+    EXPECT_EQ(sim.Err(),
+              "vym-sim: --time: fast not in {real,virtual} (vym-sim --help shows the options)\n");
 }
 
 } // namespace
