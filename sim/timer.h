@@ -22,7 +22,10 @@ namespace sim {
 class Timer {
 public:
     explicit Timer(asio::io_context& loop) : clock_(Clock::of(loop)), timer_(loop) {}
-    ~Timer() { stop(); }
+    ~Timer() {
+        ++*run_;
+        clock_.cancel(entry_);
+    }
     Timer(const Timer&) = delete;
     Timer& operator=(const Timer&) = delete;
 
