@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -27,6 +27,9 @@ tsan: ## the tests with the thread sanitizer
 
 arm: ## the tests on 32-bit ARM under emulation
 	@scripts/test arm
+
+evil: ## an application of all profiles against a server that misbehaves (EVIL_SEEDS=1000)
+	@scripts/evil
 
 lint: ## formatting and static analysis
 	@scripts/lint

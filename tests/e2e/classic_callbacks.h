@@ -37,13 +37,16 @@ static void bluetooth_discovery_state_changed(uint8_t state) {
 
 static void bluetooth_pin_request(bt_bdaddr_t address, int class_of_device, uint8_t min_16_digit,
                                   char* name) {
+    uint8_t pin[] = {'0', '0', '0', '0'};
     note(BYTES(address) + BYTES(class_of_device) + BYTES(min_16_digit) + text_sum(name));
+    vym_bluetooth_pin_reply(address, 1, sizeof pin, pin);
 }
 
 static void bluetooth_ssp_request(bt_bdaddr_t address, int class_of_device, uint8_t pairing_variant,
                                   int passkey, char* name) {
     note(BYTES(address) + BYTES(class_of_device) + BYTES(pairing_variant) + BYTES(passkey) +
          text_sum(name));
+    vym_bluetooth_ssp_reply(address, pairing_variant, 1, passkey);
 }
 
 static void bluetooth_bond_state_changed(uint8_t status, bt_bdaddr_t address, uint8_t state) {
@@ -60,6 +63,7 @@ static void bluetooth_app_gap_started(uint16_t len, uint8_t* data) {
 
 static void bluetooth_connection_auth_req(bt_bdaddr_t address, uint8_t profile_id) {
     note(BYTES(address) + BYTES(profile_id));
+    vym_bluetooth_connection_auth(address, profile_id, 1);
 }
 
 static void bluetooth_le_rx_test(uint8_t status) {
@@ -313,10 +317,12 @@ static void avrcp_handle_player_app_setting_changed(bt_bdaddr_t address, uint16_
 
 static void avrcp_handle_set_abs_volume(bt_bdaddr_t address, uint8_t abs_vol) {
     note(BYTES(address) + BYTES(abs_vol));
+    vym_avrcp_send_abs_vol_rsp(address, abs_vol);
 }
 
 static void avrcp_handle_register_notification_abs_vol(bt_bdaddr_t address) {
     note(BYTES(address));
+    vym_avrcp_send_register_abs_val_rsp(address, 0x0F, 30);
 }
 
 static void avrcp_handle_track_changed(bt_bdaddr_t address, uint16_t data_len,

@@ -206,6 +206,8 @@ static void gatt_server_attribute_read(bt_bdaddr_t address, uint16_t conn_id, ui
                                        uint16_t attr_handle, uint16_t offset, uint8_t is_long) {
     note(BYTES(address) + BYTES(conn_id) + BYTES(trans_id) + BYTES(attr_handle) + BYTES(offset) +
          BYTES(is_long));
+    uint8_t value[] = {0, 72};
+    vym_gatt_server_send_response(1, conn_id, trans_id, 0, attr_handle, offset, 0, sizeof value, value);
 }
 
 static void gatt_server_attribute_write(bt_bdaddr_t address, uint16_t conn_id, uint16_t trans_id,
@@ -213,11 +215,13 @@ static void gatt_server_attribute_write(bt_bdaddr_t address, uint16_t conn_id, u
                                         uint8_t is_prep, uint16_t valueLen, uint8_t* value) {
     note(BYTES(address) + BYTES(conn_id) + BYTES(trans_id) + BYTES(attr_handle) + BYTES(offset) +
          BYTES(need_rsp) + BYTES(is_prep) + BYTES(valueLen) + sum_of(value, valueLen));
+    vym_gatt_server_send_response(1, conn_id, trans_id, 0, attr_handle, offset, 0, valueLen, value);
 }
 
 static void gatt_server_execute_write(bt_bdaddr_t address, uint16_t conn_id, uint16_t trans_id,
                                       uint8_t exec_write) {
     note(BYTES(address) + BYTES(conn_id) + BYTES(trans_id) + BYTES(exec_write));
+    vym_gatt_server_send_response(1, conn_id, trans_id, 0, 0, 0, 0, 0, NULL);
 }
 
 static void gatt_server_notification_sent(uint16_t conn_id, uint8_t status) {

@@ -1,16 +1,22 @@
 /* SPDX-License-Identifier: MIT
  * Copyright (c) 2026 The vym authors */
 
-/* Reading whatever a callback is given, to the last byte, and waiting for callbacks. */
+/* Reading whatever a callback is given, to the last byte, and waiting for callbacks or the server's
+ * end. */
 #ifndef VYM_TESTS_E2E_READING_H
 #define VYM_TESTS_E2E_READING_H
 
+#include <poll.h>
 #include <pthread.h>
 #include <stddef.h>
 #include <string.h>
 #include <time.h>
 
-enum { PATIENCE_MS = 250 };
+/* A server that is gone cannot be seen in a condition, so it is looked for between slices. */
+enum { SLICE_MS = 25, SLICES = 10 };
+
+/* The connection's descriptor, as the library gave it. */
+static int server = -1;
 
 static struct {
     pthread_mutex_t lock;
@@ -40,18 +46,29 @@ static unsigned text_sum(const char* text) {
     return text == NULL ? 0 : sum_of(text, strlen(text));
 }
 
-/* Until this many further callbacks have come, or patience ends: an evil server may owe them. */
-static void await(unsigned further) {
+static int server_is_gone(void) {
+    struct pollfd watched = {.fd = server};
+    return poll(&watched, 1, 0) > 0;
+}
+
+static struct timespec slice_end(void) {
     struct timespec until;
-    int result = 0;
     clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_nsec += PATIENCE_MS * 1000000L;
+    until.tv_nsec += SLICE_MS * 1000000L;
     until.tv_sec += until.tv_nsec / 1000000000L;
     until.tv_nsec %= 1000000000L;
+    return until;
+}
+
+/* Until this many further callbacks have come, or patience ends: an evil server may owe them. */
+static void await(unsigned further) {
     pthread_mutex_lock(&seen.lock);
     const unsigned wanted = seen.callbacks + further;
-    while (seen.callbacks < wanted && result == 0) {
-        result = pthread_cond_timedwait(&seen.changed, &seen.lock, &until);
+    for (int i = 0; i < SLICES && seen.callbacks < wanted && !server_is_gone(); ++i) {
+        const struct timespec until = slice_end();
+        while (seen.callbacks < wanted &&
+               pthread_cond_timedwait(&seen.changed, &seen.lock, &until) == 0) {
+        }
     }
     pthread_mutex_unlock(&seen.lock);
 }
