@@ -19,20 +19,23 @@ bool would_block(int error) {
     return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
 }
 
-long send_with_descriptor(int socket, std::string_view bytes, int fd) {
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+/// `second` may be -1.
+long send_with_descriptors(int socket, std::string_view bytes, int first, int second) {
+    const std::array<int, 2> fds{first, second};
+    const size_t length = sizeof(int) * (second < 0 ? 1 : 2);
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof fds)> control{};
     // sendmsg() does not write through the pointer that iovec wants without const.
     iovec part{const_cast<char*>(bytes.data()), bytes.size()};
     msghdr message{};
     message.msg_iov = &part;
     message.msg_iovlen = 1;
     message.msg_control = control.data();
-    message.msg_controllen = control.size();
+    message.msg_controllen = CMSG_SPACE(length);
     cmsghdr* header = CMSG_FIRSTHDR(&message);
     header->cmsg_level = SOL_SOCKET;
     header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(sizeof(int));
-    std::memcpy(CMSG_DATA(header), &fd, sizeof(int));
+    header->cmsg_len = CMSG_LEN(length);
+    std::memcpy(CMSG_DATA(header), fds.data(), length);
     return sendmsg(socket, &message, MSG_NOSIGNAL);
 }
 
@@ -123,8 +126,8 @@ void Connection::send(std::string bytes) {
     add({std::move(bytes), {}, {}});
 }
 
-void Connection::send_descriptor(UniqueFd fd) {
-    add({std::string(1, '\0'), std::move(fd), {}});
+void Connection::send_descriptor(UniqueFd fd, UniqueFd second) {
+    add({std::string(1, '\0'), std::move(fd), {}, std::move(second)});
 }
 
 void Connection::pause(std::chrono::milliseconds duration) {
@@ -147,7 +150,7 @@ long Connection::write_front() {
     const Item& item = queue_.front();
     const std::string_view rest = std::string_view(item.bytes).substr(front_written_);
     if (item.fd) {
-        return send_with_descriptor(socket_.native_handle(), rest, item.fd.get());
+        return send_with_descriptors(socket_.native_handle(), rest, item.fd.get(), item.second.get());
     }
     return ::send(socket_.native_handle(), rest.data(), rest.size(), MSG_NOSIGNAL);
 }

@@ -50,8 +50,9 @@ public:
 
     /// Both queue what the socket does not take at once and never block.
     void send(std::string bytes);
-    /// Sends one 0x00 byte that carries the descriptor, then closes this end's copy.
-    void send_descriptor(UniqueFd fd);
+    /// Sends one 0x00 byte that carries the descriptor, then closes this end's copy. A second one may
+    /// ride on the same byte.
+    void send_descriptor(UniqueFd fd, UniqueFd second = {});
     /// What is sent from now on waits that long once it is its turn.
     void pause(std::chrono::milliseconds duration);
     /// Reads nothing for that long.
@@ -65,6 +66,7 @@ private:
         UniqueFd fd;
         /// Instead of bytes.
         std::chrono::milliseconds pause{0};
+        UniqueFd second{};
     };
 
     void add(Item item);

@@ -4,6 +4,7 @@
 #include "evil.h"
 
 #include "protocol/codec.h"
+#include "spoil.h"
 
 #include <algorithm>
 #include <array>
@@ -18,15 +19,17 @@ namespace {
 using protocol::Direction;
 using std::chrono::milliseconds;
 
-// How many events pass unhurt for each that does not.
+// One event of so many does not get through unhurt; those with a descriptor are few.
 constexpr size_t kOneIn = 8;
+constexpr size_t kOneDescriptorIn = 2;
+constexpr size_t kOneCommandIn = 64;
 constexpr size_t kMostCuts = 3;
 // The parts of a split event would meet again in the client's buffer.
 constexpr milliseconds kBetweenParts{5};
 constexpr size_t kShortestMs = 10;
 constexpr size_t kLongestMs = 300;
-constexpr size_t kCountDigits = 4;
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+constexpr size_t kRemembered = 64;
 
 constexpr std::array<std::pair<std::string_view, Misdeed>, 14> kNames{{
     {"split", Misdeed::Split},
@@ -65,54 +68,6 @@ void add_kind(std::string_view word, std::set<Misdeed>& kinds) {
         throw std::invalid_argument("\"" + std::string(word) +
                                     "\" is no kind of misbehaviour; there are " + known_kinds());
     }
-}
-
-bool is_hex(char c) {
-    return kHexDigits.find(c) != std::string_view::npos;
-}
-
-/// Where the four digits of each block's count stand.
-std::vector<size_t> counts_of(std::string_view event) {
-    const protocol::Decoded decoded = protocol::decode(Direction::Event, event);
-    std::vector<size_t> places;
-    if (!decoded.found) {
-        return places;
-    }
-    for (auto value = decoded.values.begin(); value != decoded.values.end(); ++value) {
-        if (value->field->type == protocol::Type::Block && !value->is_list) {
-            const size_t place =
-                protocol::encode(*decoded.found.message, {decoded.values.begin(), value}).size();
-            if (place + kCountDigits <= event.size()) {
-                places.push_back(place);
-            }
-        }
-    }
-    return places;
-}
-
-/// Where digits stand that are meant as such. Those in a text would be only another text.
-std::vector<size_t> digits_of(std::string_view event) {
-    const protocol::Found found = protocol::find(Direction::Event, event);
-    std::vector<size_t> places;
-    if (found) {
-        const size_t begin = found.message->tag.size();
-        const size_t end = std::min(event.size(), begin + found.message->minimum);
-        for (size_t place = begin; place < end; ++place) {
-            if (is_hex(event[place])) {
-                places.push_back(place);
-            }
-        }
-    }
-    return places;
-}
-
-std::string four_digits(size_t number) {
-    std::string digits(kCountDigits, '0');
-    for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
-        *digit = kHexDigits[number % 16];
-        number /= 16;
-    }
-    return digits;
 }
 
 std::string bytes_text(size_t count) {
@@ -155,12 +110,46 @@ Deeds Evil::on_event(std::string_view event, bool has_descriptor) {
     std::vector<Misdeed> possible;
     std::copy_if(kinds_.begin(), kinds_.end(), std::back_inserter(possible),
                  [this](Misdeed misdeed) { return is_possible(misdeed); });
-    if (random_.below(kOneIn) == 0 && !possible.empty()) {
+    if (random_.below(has_descriptor ? kOneDescriptorIn : kOneIn) == 0 && !possible.empty()) {
         commit(possible[random_.below(possible.size())]);
     } else {
         pass(work_.event);
     }
+    remember(event);
     return std::move(work_.deeds);
+}
+
+Deeds Evil::on_command(std::string_view command) {
+    ++commands_;
+    const protocol::Found found = protocol::find(Direction::Command, command);
+    std::vector<Misdeed> possible;
+    std::copy_if(kinds_.begin(), kinds_.end(), std::back_inserter(possible), [](Misdeed misdeed) {
+        return misdeed == Misdeed::Stall || misdeed == Misdeed::Deaf || misdeed == Misdeed::Close;
+    });
+    if (possible.empty() || at_commands_.below(kOneCommandIn) != 0) {
+        return {};
+    }
+    const Misdeed misdeed = possible[at_commands_.below(possible.size())];
+    const milliseconds duration = a_while(at_commands_);
+    const std::string begin = "command " + std::to_string(commands_) + ": ";
+    const std::string end = " at " + std::string(found ? found.message->name : "an unknown command");
+    const std::string lasting = " " + std::to_string(duration.count()) + " ms";
+    switch (misdeed) {
+    case Misdeed::Stall:
+        return {{{Deed::What::Pause, {}, duration}}, begin + "stall" + lasting + end};
+    case Misdeed::Deaf:
+        return {{{Deed::What::Deafness, {}, duration}}, begin + "deaf" + lasting + end};
+    default:
+        return {{{Deed::What::Close}}, begin + "close" + end};
+    }
+}
+
+void Evil::remember(std::string_view event) {
+    if (remembered_.size() < kRemembered) {
+        remembered_.emplace_back(event);
+    } else {
+        remembered_[count_ % kRemembered] = event;
+    }
 }
 
 bool Evil::is_possible(Misdeed misdeed) const {
@@ -169,9 +158,9 @@ bool Evil::is_possible(Misdeed misdeed) const {
         // Its descriptor would overtake it.
         return !work_.has_descriptor;
     case Misdeed::Counts:
-        return !counts_of(work_.event).empty();
+        return has_count(work_.event);
     case Misdeed::Digits:
-        return !digits_of(work_.event).empty();
+        return has_digit(work_.event);
     case Misdeed::NoDescriptor:
     case Misdeed::TwoDescriptors:
         return work_.has_descriptor;
@@ -239,34 +228,23 @@ void Evil::glue() {
 
 void Evil::truncate() {
     const size_t length = random_.below(work_.event.size());
-    pass(work_.event.substr(0, length));
-    report("truncate " + work_.name + " after " + bytes_text(length));
+    const bool is_ended = random_.below(2) == 0;
+    write(work_.event.substr(0, length) + (is_ended ? std::string(1, '\0') : std::string()));
+    hand_over();
+    report("truncate " + work_.name + " after " + bytes_text(length) +
+           (is_ended ? "" : ", with no end"));
 }
 
 void Evil::counts() {
-    const std::vector<size_t> places = counts_of(work_.event);
-    const size_t place = places[random_.below(places.size())];
-    std::string digits;
-    if (random_.below(2) == 0) {
-        const size_t count = std::stoul(work_.event.substr(place, kCountDigits), nullptr, 16);
-        digits = four_digits(std::min<size_t>(0xFFFF, count + 1 + random_.below(0xFFFF)));
-    } else {
-        for (size_t i = 0; i < kCountDigits; ++i) {
-            digits += static_cast<char>('G' + random_.below('z' - 'G'));
-        }
-    }
-    work_.event.replace(place, kCountDigits, digits);
-    pass(work_.event);
-    report("counts " + work_.name + " says " + digits + " at byte " + std::to_string(place));
+    const Spoiled spoiled = spoil_count(work_.event, random_);
+    pass(spoiled.event);
+    report("counts " + work_.name + " " + spoiled.what);
 }
 
 void Evil::digits() {
-    static constexpr std::string_view kOthers = "GZgz:-+ ~.\r\n\xDC\xFF";
-    const std::vector<size_t> places = digits_of(work_.event);
-    const size_t place = places[random_.below(places.size())];
-    work_.event[place] = kOthers[random_.below(kOthers.size())];
-    pass(work_.event);
-    report("digits " + work_.name + " has none at byte " + std::to_string(place));
+    const Spoiled spoiled = spoil_digit(work_.event, random_);
+    pass(spoiled.event);
+    report("digits " + work_.name + " " + spoiled.what);
 }
 
 void Evil::unknown() {
@@ -290,11 +268,15 @@ void Evil::duplicate() {
 }
 
 void Evil::unasked() {
-    const std::string event = random_event(random_);
+    // What was said before speaks of things that there are, or were.
+    const bool is_old = !remembered_.empty() && random_.below(2) == 0;
+    const std::string event =
+        is_old ? remembered_[random_.below(remembered_.size())] : random_event(random_);
     write(event + '\0');
     pass(work_.event);
-    report("unasked " + std::string(protocol::find(Direction::Event, event).message->name) +
-           " before " + work_.name);
+    report("unasked " + std::string(is_old ? "old " : "") +
+           std::string(protocol::find(Direction::Event, event).message->name) + " before " +
+           work_.name);
 }
 
 void Evil::no_descriptor() {
@@ -310,20 +292,26 @@ void Evil::stray_descriptor() {
 }
 
 void Evil::two_descriptors() {
-    pass(work_.event);
-    work_.deeds.all.push_back({Deed::What::Spare});
-    report("two-descriptors after " + work_.name);
+    const bool are_together = random_.below(2) == 0;
+    if (are_together) {
+        write(work_.event + '\0');
+        work_.deeds.all.push_back({Deed::What::Both});
+    } else {
+        pass(work_.event);
+        work_.deeds.all.push_back({Deed::What::Spare});
+    }
+    report("two-descriptors " + std::string(are_together ? "at once " : "") + "after " + work_.name);
 }
 
 void Evil::stall() {
-    const milliseconds duration = a_while();
+    const milliseconds duration = a_while(random_);
     work_.deeds.all.push_back({Deed::What::Pause, {}, duration});
     pass(work_.event);
     report("stall " + std::to_string(duration.count()) + " ms before " + work_.name);
 }
 
 void Evil::deaf() {
-    const milliseconds duration = a_while();
+    const milliseconds duration = a_while(random_);
     pass(work_.event);
     work_.deeds.all.push_back({Deed::What::Deafness, {}, duration});
     report("deaf " + std::to_string(duration.count()) + " ms after " + work_.name);
@@ -355,8 +343,8 @@ void Evil::report(const std::string& what) {
     work_.deeds.report = std::to_string(count_) + ": " + what;
 }
 
-milliseconds Evil::a_while() {
-    return milliseconds(kShortestMs + random_.below(kLongestMs - kShortestMs + 1));
+milliseconds Evil::a_while(Random& random) {
+    return milliseconds(kShortestMs + random.below(kLongestMs - kShortestMs + 1));
 }
 
 } // namespace sim

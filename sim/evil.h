@@ -2,7 +2,8 @@
 // Copyright (c) 2026 The vym authors
 
 // A server that misbehaves: what happens on the socket instead of an event. Decides only; the server
-// carries it out. The same seed and the same events give the same misbehaviour on every machine.
+// carries it out. The same seed, events and commands give the same misbehaviour on every machine,
+// whatever the time between them: there is no clock here.
 #ifndef VYM_SIM_EVIL_H
 #define VYM_SIM_EVIL_H
 
@@ -46,6 +47,7 @@ struct Deed {
     enum class What : uint8_t {
         Write,      // these bytes, in a write of their own
         Descriptor, // the one that is to be handed over
+        Both,       // that one and a spare, with one byte
         Spare,      // a descriptor that nobody waits for
         Pause,      // nothing is written for a while
         Deafness,   // nothing is read for a while
@@ -64,10 +66,13 @@ struct Deeds {
 
 class Evil {
 public:
-    explicit Evil(const EvilOptions& options) : kinds_(options.kinds), random_(options.seed) {}
+    explicit Evil(const EvilOptions& options)
+        : kinds_(options.kinds), random_(options.seed), at_commands_(~options.seed) {}
 
     /// What becomes of an event (without its NUL), and of the descriptor that is to follow it.
     Deeds on_event(std::string_view event, bool has_descriptor);
+    /// What happens before a command (without its "AT#") is carried out; after a Close it is not.
+    Deeds on_command(std::string_view command);
     /// What was held back is not for the next client.
     void client_left() { held_back_.clear(); }
 
@@ -102,11 +107,16 @@ private:
     void pass(std::string_view event);
     void hand_over();
     void report(const std::string& what);
-    std::chrono::milliseconds a_while();
+    void remember(std::string_view event);
+    static std::chrono::milliseconds a_while(Random& random);
 
     std::vector<Misdeed> kinds_;
     Random random_;
+    /// Of its own: how events and commands follow each other is up to the client's threads.
+    Random at_commands_;
     uint64_t count_ = 0;
+    uint64_t commands_ = 0;
+    std::vector<std::string> remembered_;
     std::string held_back_;
     Work work_;
 };

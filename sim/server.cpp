@@ -6,6 +6,7 @@
 #include "described.h"
 #include "modules.h"
 
+#include <algorithm>
 #include <asio/post.hpp>
 #include <cerrno>
 #include <cstring>
@@ -68,6 +69,10 @@ void clear_path(const std::string& path) {
     if (unlink(path.c_str()) != 0) {
         throw StartError("cannot remove the left-over socket " + path + ": " + reason(errno));
     }
+}
+
+UniqueFd spare_descriptor() {
+    return UniqueFd(open("/dev/null", O_RDWR | O_CLOEXEC));
 }
 
 std::string free_socket_path(const std::string& dir) {
@@ -231,7 +236,10 @@ void Server::serve(Connection::Socket socket) {
 
 void Server::received(std::string_view line) {
     control_.command_came(line);
-    if (replay_) {
+    misbehave_at(line);
+    if (closing_) {
+        // The client has sent more than what it was closed at.
+    } else if (replay_) {
         replay_->received(line);
     } else {
         dispatcher_.run(line);
@@ -316,7 +324,21 @@ void Server::deliver(const Event& event, UniqueFd fd) {
         }
         return;
     }
-    const Deeds deeds = evil_->on_event(event.bytes(), static_cast<bool>(fd));
+    // How much is still on its way to a client that is being dropped depends on the moment.
+    if (is_client_here()) {
+        carry_out(evil_->on_event(event.bytes(), static_cast<bool>(fd)), fd);
+    }
+}
+
+void Server::misbehave_at(std::string_view line) {
+    constexpr std::string_view kPrefix = "AT#";
+    if (evil_) {
+        UniqueFd none;
+        carry_out(evil_->on_command(line.substr(std::min(line.size(), kPrefix.size()))), none);
+    }
+}
+
+void Server::carry_out(const Deeds& deeds, UniqueFd& fd) {
     if (!deeds.report.empty()) {
         log_.misdeed(deeds.report);
     }
@@ -336,7 +358,10 @@ void Server::carry_out(const Deed& deed, UniqueFd& fd) {
         client_->send_descriptor(std::move(fd));
         break;
     case Deed::What::Spare:
-        client_->send_descriptor(UniqueFd(open("/dev/null", O_RDWR | O_CLOEXEC)));
+        client_->send_descriptor(spare_descriptor());
+        break;
+    case Deed::What::Both:
+        client_->send_descriptor(std::move(fd), spare_descriptor());
         break;
     case Deed::What::Pause:
         client_->pause(deed.duration);

@@ -87,6 +87,8 @@ private:
     void send_in_turn(const Event& event, UniqueFd fd);
     void tell(const Event& event, bool has_descriptor);
     void deliver(const Event& event, UniqueFd fd);
+    void misbehave_at(std::string_view line);
+    void carry_out(const Deeds& deeds, UniqueFd& fd);
     void carry_out(const Deed& deed, UniqueFd& fd);
 
     void accept();

@@ -120,6 +120,7 @@ static bluetooth_callback_t bluetooth_callbacks = {
 /* Hands-free. */
 static void hfp_connection_state(uint8_t state, int peer_feat, int chld_feat, bt_bdaddr_t address) {
     note(BYTES(state) + BYTES(peer_feat) + BYTES(chld_feat) + BYTES(address));
+    mark(state == 3 ? HANDS_FREE_UP : 0);
 }
 
 static void hfp_audio_state(uint8_t state, bt_bdaddr_t address) {
@@ -239,6 +240,7 @@ static hfp_callback_t hfp_callbacks = {
 /* Music. */
 static void a2dp_connection_state_changed(bt_bdaddr_t address, uint8_t state) {
     note(BYTES(address) + BYTES(state));
+    mark(state == 2 ? MUSIC_UP : 0);
 }
 
 static void a2dp_audio_state_changed(bt_bdaddr_t address, uint8_t state) {
@@ -299,6 +301,7 @@ static void avrcp_handle_passthrough_rsp(uint8_t id, uint8_t key_state) {
 
 static void avrcp_connection_state_changed(uint8_t connected, bt_bdaddr_t address) {
     note(BYTES(connected) + BYTES(address));
+    mark(connected == 1 ? REMOTE_CONTROL_UP : 0);
 }
 
 static void avrcp_get_rc_features(bt_bdaddr_t address, uint8_t features, int ca_psm) {
@@ -377,6 +380,7 @@ static void avrcp_available_player_changed(bt_bdaddr_t address, uint8_t state) {
 
 static void avrcp_connect_bip_result(bt_bdaddr_t address, uint8_t status) {
     note(BYTES(address) + BYTES(status));
+    mark(status == 0 ? COVER_ART_UP : 0);
 }
 
 static void avrcp_get_linked_thumbnail_result(bt_bdaddr_t address, uint8_t status) {
@@ -415,10 +419,12 @@ static avrcp_callback_t avrcp_callbacks = {
 /* The phone book. */
 static void pbap_connection_status(uint8_t status, bt_bdaddr_t address) {
     note(BYTES(status) + BYTES(address));
+    mark(status == 0 ? PHONE_BOOK_UP : 0);
 }
 
 static void pbap_get_phonebook_status(uint16_t result) {
     note(BYTES(result));
+    mark(PHONE_BOOK_READ);
 }
 
 static void pbap_get_phonebook_size(uint16_t type, uint16_t size, uint16_t result) {
@@ -449,6 +455,7 @@ static void hid_application_state_changed(bt_bdaddr_t address, int state) {
 
 static void hid_hid_connection_state(bt_bdaddr_t address, int state) {
     note(BYTES(address) + BYTES(state));
+    mark(state == 0 ? HOST_UP : 0);
 }
 
 static hid_callback_t hid_callbacks = {

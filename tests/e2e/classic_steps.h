@@ -89,6 +89,8 @@ static void call(void) {
     char number[] = "+4930123456";
     uint8_t samples[64] = {0};
     vym_hfp_connect(phone);
+    await_mark(HANDS_FREE_UP);
+    /* Somebody calls. */
     await(12);
     vym_hfp_accept_call(phone, CALL_ACCEPT_NONE);
     vym_hfp_connect_audio(phone);
@@ -113,12 +115,12 @@ static void call(void) {
 static void read_the_phone_book(void) {
     char number[] = "+4930123456";
     vym_pbap_connect(phone);
-    await(1);
+    await_mark(PHONE_BOOK_UP);
     note((unsigned)vym_pbap_is_connected());
     vym_pbap_filter_mask(PBAP_INFO_MASK_PHOTO);
     vym_pbap_get_phonebook_size(SYNC_PHONE_CONTACT);
     vym_pbap_get_phonebook(SYNC_PHONE_CONTACT, 0, 60);
-    await(55);
+    await_mark(PHONE_BOOK_READ);
     vym_pbap_get_phonebook(SYNC_MCH, 0, 10);
     await(5);
     vym_pbap_get_phonebook(SYNC_SIM_CONTACT, 0, 10);
@@ -135,7 +137,7 @@ static void play(void) {
     struct AVRCP_NumIDPairStru settings = {2, pairs};
     uint8_t samples[64] = {0};
     vym_a2dp_connect(phone);
-    await(2);
+    await_mark(MUSIC_UP | REMOTE_CONTROL_UP);
     vym_avrcp_play(phone);
     await(4);
     vym_audio_stream_send(AUDIO_STREAM_TYPE_A2DP, 0, sizeof samples, samples);
@@ -175,7 +177,7 @@ static void browse(void) {
     vym_avrcp_get_nowplaying_list(phone, 0, 5);
     vym_avrcp_cancel_browsing(phone);
     vym_avrcp_connect_bip(phone, 0x1007);
-    await(6);
+    await_mark(COVER_ART_UP);
     vym_avrcp_get_linked_thumbnail(phone, 7, handle, 9, path);
     vym_avrcp_get_image(phone, 10000, 7, handle, 4, encoding, 7, pixel, 9, path);
     await(2);
@@ -195,7 +197,7 @@ static void type(void) {
     vym_hid_register_app(0x40, 1, text, 1, text, 1, text, 1, text, 1, text, 1, text);
     await(1);
     vym_hid_connect(laptop);
-    await(2);
+    await_mark(HOST_UP);
     vym_hid_send_report(1, 0, sizeof report, report);
     vym_hid_report_error_impl(1);
     await(2);
@@ -211,6 +213,7 @@ static void listen_to(vym_bluetooth_socket_t* peer) {
     ssize_t length = 0;
     while (peer != NULL && (length = vym_rfcomm_read(peer, line, sizeof line)) >= 0) {
         note(sum_of(line, (size_t)length));
+        mark(SERVER_GREETED);
     }
     vym_rfcomm_close(peer);
 }
@@ -250,8 +253,10 @@ static void use_serial_services(void) {
     await(2);
     aside(serve);
     await(2);
+    await_mark(SERVER_GREETED);
+    forget_marks();
     aside(talk);
-    await(3);
+    await_mark(SERVER_GREETED);
     vym_rfcomm_server_disconnect(5);
     vym_rfcomm_disconnect(1);
     await(1);

@@ -42,6 +42,7 @@ static void start(void) {
     vym_audio_stream_init(&audio_callbacks);
     vym_bluetooth_enable();
     await(1);
+    forget_marks();
 }
 
 static void finish(void) {

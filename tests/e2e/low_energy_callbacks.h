@@ -5,7 +5,7 @@
 #ifndef VYM_TESTS_E2E_LOW_ENERGY_CALLBACKS_H
 #define VYM_TESTS_E2E_LOW_ENERGY_CALLBACKS_H
 
-#include "reading.h"
+#include "every_profile.h"
 
 #include <vym/vym_gatt_client.h>
 #include <vym/vym_gatt_server.h>
@@ -14,6 +14,7 @@ static void gatt_client_scan_result(bt_bdaddr_t address, uint8_t rssi, uint16_t 
                                     uint8_t* adv_data, uint8_t data_type) {
     note(BYTES(address) + BYTES(rssi) + BYTES(adv_dataLen) + sum_of(adv_data, adv_dataLen) +
          BYTES(data_type));
+    mark(memcmp(address.address, strap.address, sizeof strap.address) == 0 ? STRAP_FOUND : 0);
 }
 
 static void gatt_client_scan_address_name(bt_bdaddr_t address, uint16_t nameLen, uint8_t* name) {
@@ -26,11 +27,15 @@ static void gatt_client_notify(uint16_t conn_id, bt_bdaddr_t address, uint8_t sr
     note(BYTES(conn_id) + BYTES(address) + BYTES(srvcType) + BYTES(srvcInstId) + BYTES(srvcUuid) +
          BYTES(charInstId) + BYTES(charUuid) + BYTES(isNotify) + BYTES(dataLen) +
          sum_of(data, dataLen));
+    mark(STRAP_NOTIFIED);
 }
 
 static void gatt_client_connected(uint8_t client_if, uint16_t conn_id, uint8_t status,
                                   bt_bdaddr_t address) {
+    learn(&named.client_if, client_if);
+    learn(&named.conn_id, conn_id);
     note(BYTES(client_if) + BYTES(conn_id) + BYTES(status) + BYTES(address));
+    mark(status == 0 ? STRAP_UP : 0);
 }
 
 static void gatt_client_disconnected(uint8_t client_if, uint16_t conn_id, uint8_t status,
@@ -40,6 +45,7 @@ static void gatt_client_disconnected(uint8_t client_if, uint16_t conn_id, uint8_
 
 static void gatt_client_search_completed(uint16_t conn_id, uint8_t status) {
     note(BYTES(conn_id) + BYTES(status));
+    mark(STRAP_SEARCHED);
 }
 
 static void gatt_client_search_result(uint16_t conn_id, uint8_t srvcType, uint16_t srvcInstId,
@@ -156,16 +162,20 @@ static gatt_client_callback_t gatt_client_callbacks = {
 };
 
 static void gatt_server_server_registered(uint8_t status, uint8_t server_if, bt_uuid_t uuid) {
+    learn(&named.server_if, server_if);
     note(BYTES(status) + BYTES(server_if) + BYTES(uuid));
 }
 
 static void gatt_server_client_connected(bt_bdaddr_t address, uint8_t connected, uint16_t conn_id,
                                          uint8_t server_if) {
+    learn(&named.tablet, conn_id);
     note(BYTES(address) + BYTES(connected) + BYTES(conn_id) + BYTES(server_if));
+    mark(connected == 1 ? TABLET_UP : 0);
 }
 
 static void gatt_server_service_added(uint8_t status, uint8_t server_if, uint8_t svc_type,
                                       uint16_t svc_inst_id, bt_uuid_t srvc_uuid, uint16_t handle) {
+    learn(&named.service, handle);
     note(BYTES(status) + BYTES(server_if) + BYTES(svc_type) + BYTES(svc_inst_id) + BYTES(srvc_uuid) +
          BYTES(handle));
 }
@@ -177,6 +187,7 @@ static void gatt_server_included_service_added(uint8_t status, uint8_t server_if
 
 static void gatt_server_characteristic_added(uint8_t status, uint8_t server_if, bt_uuid_t char_uuid,
                                              uint16_t srvc_handle, uint16_t char_handle) {
+    learn(&named.characteristic, char_handle);
     note(BYTES(status) + BYTES(server_if) + BYTES(char_uuid) + BYTES(srvc_handle) + BYTES(char_handle));
 }
 
@@ -207,7 +218,9 @@ static void gatt_server_attribute_read(bt_bdaddr_t address, uint16_t conn_id, ui
     note(BYTES(address) + BYTES(conn_id) + BYTES(trans_id) + BYTES(attr_handle) + BYTES(offset) +
          BYTES(is_long));
     uint8_t value[] = {0, 72};
-    vym_gatt_server_send_response(1, conn_id, trans_id, 0, attr_handle, offset, 0, sizeof value, value);
+    vym_gatt_server_send_response((uint8_t)known(&named.server_if), conn_id, trans_id, 0, attr_handle,
+                                  offset, 0, sizeof value, value);
+    mark(TABLET_ASKED);
 }
 
 static void gatt_server_attribute_write(bt_bdaddr_t address, uint16_t conn_id, uint16_t trans_id,
@@ -215,13 +228,15 @@ static void gatt_server_attribute_write(bt_bdaddr_t address, uint16_t conn_id, u
                                         uint8_t is_prep, uint16_t valueLen, uint8_t* value) {
     note(BYTES(address) + BYTES(conn_id) + BYTES(trans_id) + BYTES(attr_handle) + BYTES(offset) +
          BYTES(need_rsp) + BYTES(is_prep) + BYTES(valueLen) + sum_of(value, valueLen));
-    vym_gatt_server_send_response(1, conn_id, trans_id, 0, attr_handle, offset, 0, valueLen, value);
+    vym_gatt_server_send_response((uint8_t)known(&named.server_if), conn_id, trans_id, 0, attr_handle,
+                                  offset, 0, valueLen, value);
 }
 
 static void gatt_server_execute_write(bt_bdaddr_t address, uint16_t conn_id, uint16_t trans_id,
                                       uint8_t exec_write) {
     note(BYTES(address) + BYTES(conn_id) + BYTES(trans_id) + BYTES(exec_write));
-    vym_gatt_server_send_response(1, conn_id, trans_id, 0, 0, 0, 0, 0, NULL);
+    vym_gatt_server_send_response((uint8_t)known(&named.server_if), conn_id, trans_id, 0, 0, 0, 0, 0,
+                                  NULL);
 }
 
 static void gatt_server_notification_sent(uint16_t conn_id, uint8_t status) {
@@ -251,6 +266,7 @@ static gatt_server_callback_t gatt_server_callbacks = {
 };
 
 static void client_registered(uint8_t client_if, bt_uuid_t uuid) {
+    learn(&named.client_if, client_if);
     note(BYTES(client_if) + BYTES(uuid));
 }
 

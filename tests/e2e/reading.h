@@ -13,7 +13,7 @@
 #include <time.h>
 
 /* A server that is gone cannot be seen in a condition, so it is looked for between slices. */
-enum { SLICE_MS = 25, SLICES = 10 };
+enum { SLICE_MS = 15, SLICES = 10, SLICES_FOR_MARK = 40 };
 
 /* The connection's descriptor, as the library gave it. */
 static int server = -1;
@@ -23,6 +23,7 @@ static struct {
     pthread_cond_t changed;
     unsigned sum;
     unsigned callbacks;
+    unsigned marks;
 } seen = {.lock = PTHREAD_MUTEX_INITIALIZER, .changed = PTHREAD_COND_INITIALIZER};
 
 static unsigned sum_of(const void* data, size_t length) {
@@ -40,6 +41,60 @@ static void note(unsigned sum) {
     ++seen.callbacks;
     pthread_cond_broadcast(&seen.changed);
     pthread_mutex_unlock(&seen.lock);
+}
+
+/* What later steps build on. */
+enum mark {
+    HANDS_FREE_UP = 1U << 0,
+    MUSIC_UP = 1U << 1,
+    REMOTE_CONTROL_UP = 1U << 2,
+    PHONE_BOOK_UP = 1U << 3,
+    PHONE_BOOK_READ = 1U << 4,
+    STRAP_FOUND = 1U << 5,
+    STRAP_UP = 1U << 6,
+    STRAP_SEARCHED = 1U << 7,
+    STRAP_NOTIFIED = 1U << 8,
+    TABLET_UP = 1U << 9,
+    TABLET_ASKED = 1U << 10,
+    HOST_UP = 1U << 11,
+    SERVER_GREETED = 1U << 12,
+    COVER_ART_UP = 1U << 13,
+};
+
+static void mark(unsigned marks) {
+    pthread_mutex_lock(&seen.lock);
+    seen.marks |= marks;
+    pthread_cond_broadcast(&seen.changed);
+    pthread_mutex_unlock(&seen.lock);
+}
+
+static void forget_marks(void) {
+    pthread_mutex_lock(&seen.lock);
+    seen.marks = 0;
+    pthread_mutex_unlock(&seen.lock);
+}
+
+/* What the server has called things, or claims to have. */
+static struct {
+    unsigned client_if;
+    unsigned conn_id;
+    unsigned server_if;
+    unsigned service;
+    unsigned characteristic;
+    unsigned tablet;
+} named = {1, 1, 1, 40, 42, 1};
+
+static void learn(unsigned* name, unsigned value) {
+    pthread_mutex_lock(&seen.lock);
+    *name = value;
+    pthread_mutex_unlock(&seen.lock);
+}
+
+static unsigned known(const unsigned* name) {
+    pthread_mutex_lock(&seen.lock);
+    const unsigned value = *name;
+    pthread_mutex_unlock(&seen.lock);
+    return value;
 }
 
 static unsigned text_sum(const char* text) {
@@ -60,16 +115,30 @@ static struct timespec slice_end(void) {
     return until;
 }
 
-/* Until this many further callbacks have come, or patience ends: an evil server may owe them. */
-static void await(unsigned further) {
-    pthread_mutex_lock(&seen.lock);
-    const unsigned wanted = seen.callbacks + further;
-    for (int i = 0; i < SLICES && seen.callbacks < wanted && !server_is_gone(); ++i) {
+/* Until there are so many callbacks and these marks, or patience ends: an evil server may owe them. The
+ * lock is held. */
+static void await_until(unsigned callbacks, unsigned marks, int slices) {
+    for (int i = 0; i < slices && !server_is_gone(); ++i) {
         const struct timespec until = slice_end();
-        while (seen.callbacks < wanted &&
-               pthread_cond_timedwait(&seen.changed, &seen.lock, &until) == 0) {
+        int result = 0;
+        while (result == 0) {
+            if (seen.callbacks >= callbacks && (seen.marks & marks) == marks) {
+                return;
+            }
+            result = pthread_cond_timedwait(&seen.changed, &seen.lock, &until);
         }
     }
+}
+
+static void await(unsigned further) {
+    pthread_mutex_lock(&seen.lock);
+    await_until(seen.callbacks + further, 0, SLICES);
+    pthread_mutex_unlock(&seen.lock);
+}
+
+static void await_mark(unsigned marks) {
+    pthread_mutex_lock(&seen.lock);
+    await_until(0, marks, SLICES_FOR_MARK);
     pthread_mutex_unlock(&seen.lock);
 }
 

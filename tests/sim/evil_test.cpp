@@ -6,9 +6,14 @@
 #include "protocol/codec.h"
 #include "running_sim.h"
 
+#include <array>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <set>
 #include <stdexcept>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -39,7 +44,7 @@ Deeds first_misdeed(const char* options, std::string_view event, bool has_descri
 
 /// "write(5) pause descriptor"
 std::string shape(const Deeds& deeds) {
-    static constexpr std::array<const char*, 6> kNames{"write", "descriptor", "spare",
+    static constexpr std::array<const char*, 7> kNames{"write", "descriptor", "both", "spare",
                                                        "pause", "deafness",   "close"};
     std::string text;
     for (const Deed& deed : deeds.all) {
@@ -52,7 +57,8 @@ std::string shape(const Deeds& deeds) {
 std::string stream_of(const Deeds& deeds) {
     std::string stream;
     for (const Deed& deed : deeds.all) {
-        const bool is_descriptor = deed.what == What::Descriptor || deed.what == What::Spare;
+        const bool is_descriptor =
+            deed.what == What::Descriptor || deed.what == What::Spare || deed.what == What::Both;
         stream += is_descriptor ? "\0"s : deed.bytes;
     }
     return stream;
@@ -109,26 +115,47 @@ TEST(Evil, WhatIsHeldBackIsNotForTheNextClient) {
     EXPECT_EQ(stream_of(next).substr(0, 5), "BE00\0"s);
 }
 
-TEST(Evil, TruncatesAnEvent) {
-    const Deeds deeds = first_misdeed("1:truncate", "BE00");
-    const std::string stream = stream_of(deeds);
-    ASSERT_LT(stream.size(), 5U);
-    EXPECT_EQ(stream, "BE00"s.substr(0, stream.size() - 1) + '\0');
+TEST(Evil, TruncatesAnEventWithOrWithoutItsEnd) {
+    Evil evil(sim::to_evil_options("1:truncate"));
+    std::set<bool> ends;
+    for (int i = 0; i < 20; ++i) {
+        const Deeds deeds = first_misdeed(evil, "BE00");
+        std::string stream = stream_of(deeds);
+        const bool is_ended = deeds.report.find(", with no end") == std::string::npos;
+        ASSERT_LE(stream.size(), is_ended ? 4U : 3U);
+        EXPECT_EQ(stream,
+                  "BE00"s.substr(0, stream.size() - (is_ended ? 1 : 0)) + (is_ended ? "\0"s : ""s));
+        ends.insert(is_ended);
+    }
+    EXPECT_EQ(ends.size(), 2U) << "either always an end or never one";
 }
 
 TEST(Evil, ChangesNothingButTheCountOfABlock) {
     Evil evil(sim::to_evil_options("1:counts"));
     std::set<bool> numbers;
     for (int i = 0; i < 20; ++i) {
-        const std::string stream = stream_of(first_misdeed(evil, "BB000100080104Last"));
-        EXPECT_EQ(stream.substr(0, 6), "BB0001");
-        EXPECT_EQ(stream.substr(10), "0104Last\0"s);
-        const std::string count = stream.substr(6, 4);
+        // A name is all that is counted here.
+        const std::string stream = stream_of(first_misdeed(evil, "KC0123456789AB0004Last"));
+        EXPECT_EQ(stream.substr(0, 14), "KC0123456789AB");
+        EXPECT_EQ(stream.substr(18), "Last\0"s);
+        const std::string count = stream.substr(14, 4);
         const bool is_number = count.find_first_not_of("0123456789ABCDEF") == std::string::npos;
-        EXPECT_TRUE(!is_number || count > "0008") << count;
+        EXPECT_TRUE(!is_number || count > "0004") << count;
         numbers.insert(is_number);
     }
     EXPECT_EQ(numbers.size(), 2U) << "either only larger counts or only garbage";
+}
+
+TEST(Evil, CountsTooManyInsideABlock) {
+    Evil evil(sim::to_evil_options("1:counts"));
+    std::set<std::string> fields;
+    for (int i = 0; i < 60; ++i) {
+        // One property of the adapter, which has a name of four bytes.
+        const Deeds deeds = first_misdeed(evil, "BB000100080104Name");
+        fields.insert(deeds.report.substr(deeds.report.rfind(' ') + 1));
+    }
+    EXPECT_EQ(fields.count("count"), 1U);
+    EXPECT_EQ(fields.count("length"), 1U);
 }
 
 TEST(Evil, LeavesCountsAloneWhereThereAreNone) {
@@ -187,8 +214,12 @@ TEST(Evil, SendsADescriptorThatWasNotAnnounced) {
 }
 
 TEST(Evil, SendsTwoDescriptorsWhereOneIsDue) {
-    EXPECT_EQ(shape(first_misdeed("1:two-descriptors", "PD0100000007", true)),
-              "write descriptor spare");
+    Evil evil(sim::to_evil_options("1:two-descriptors"));
+    std::set<std::string> shapes;
+    for (int i = 0; i < 20; ++i) {
+        shapes.insert(shape(first_misdeed(evil, "PD0100000007", true)));
+    }
+    EXPECT_EQ(shapes, (std::set<std::string>{"write descriptor spare", "write both"}));
 }
 
 TEST(Evil, StallsAndIsDeafForAWhile) {
@@ -206,10 +237,49 @@ TEST(Evil, ClosesInTheMiddle) {
     EXPECT_EQ("PVvym-sim 1.0\0"s.substr(0, stream_of(deeds).size()), stream_of(deeds));
 }
 
+TEST(Evil, SendsAnOldEventAgain) {
+    Evil evil(sim::to_evil_options("1:unasked"));
+    for (int i = 0; i < 40; ++i) {
+        static_cast<void>(evil.on_event("PA0" + std::to_string(i % 10), false));
+    }
+    Deeds deeds;
+    while (deeds.report.find("unasked old onStateChanged before ") == std::string::npos) {
+        deeds = first_misdeed(evil, "BE00");
+    }
+    EXPECT_EQ(deeds.all[0].bytes.substr(0, 3), "PA0");
+}
+
+TEST(Evil, StallsIsDeafOrClosesWhenACommandComes) {
+    Evil evil(sim::to_evil_options("1"));
+    std::set<std::string> shapes;
+    int unhurt = 0;
+    for (int i = 0; i < 6400; ++i) {
+        const Deeds deeds = evil.on_command("PV");
+        deeds.all.empty() ? ++unhurt : (shapes.insert(shape(deeds)), 0);
+    }
+    EXPECT_EQ(shapes, (std::set<std::string>{"pause", "deafness", "close"}));
+    EXPECT_GT(unhurt, 6200);
+}
+
+TEST(Evil, WhenCommandsComeDoesNotChangeWhatHappensToEvents) {
+    Evil first(sim::to_evil_options("7"));
+    Evil second(sim::to_evil_options("7"));
+    for (int i = 0; i < 200; ++i) {
+        if (i % 3 == 0) {
+            static_cast<void>(second.on_command("PV"));
+        }
+        const Deeds deeds = first.on_event("BB000100080104Name", false);
+        const Deeds same = second.on_event("BB000100080104Name", false);
+        EXPECT_EQ(same.report, deeds.report);
+        EXPECT_EQ(shape(same), shape(deeds));
+        EXPECT_EQ(stream_of(same), stream_of(deeds));
+    }
+}
+
 TEST(Evil, ReportsWhatItDidToWhichEvent) {
     // Literal: another machine, compiler or day must not give another run.
     EXPECT_EQ(first_misdeed("17:truncate", "BE00").report,
-              "10: truncate onDiscoveryStateChanged after 2 bytes");
+              "10: truncate onDiscoveryStateChanged after 2 bytes, with no end");
 }
 
 TEST(Evil, RefusesBadOptionsInOneLine) {
@@ -261,16 +331,21 @@ Outcome run(const std::string& options, const std::string& commands, size_t leng
 TEST(EvilServer, DoesTheSameForTheSameSeedAndTheSameEvents) {
     const std::string kinds = "5:split,glue,truncate,counts,digits,unknown,duplicate,unasked,"
                               "stray-descriptor,stall,deaf";
+    const auto line = [](const Deeds& deeds) {
+        return deeds.report.empty() ? "" : "evil " + deeds.report + '\n';
+    };
     Evil evil(sim::to_evil_options(kinds));
     std::string commands;
     std::string stream;
     std::string reports;
     for (int i = 0; i < 100; ++i) {
         commands += "AT#PV\r\nAT#BTOR\r\n";
-        for (const char* event : {"PVvym-sim 1.0", "BR00001A7DDA7113"}) {
+        for (const auto& [command, event] :
+             {std::pair{"PV", "PVvym-sim 1.0"}, std::pair{"BTOR", "BR00001A7DDA7113"}}) {
+            reports += line(evil.on_command(command));
             const Deeds deeds = evil.on_event(event, false);
             stream += stream_of(deeds);
-            reports += deeds.report.empty() ? "" : "evil " + deeds.report + '\n';
+            reports += line(deeds);
         }
     }
     const Outcome first = run(kinds, commands, stream.size());
@@ -282,25 +357,40 @@ TEST(EvilServer, DoesTheSameForTheSameSeedAndTheSameEvents) {
     EXPECT_EQ(second.sent, first.sent);
 }
 
-TEST(EvilServer, DropsAClientAndServesTheNext) {
-    Evil evil(sim::to_evil_options("2:close"));
-    std::string commands;
+/// What a client that only asks for the version gets until it is dropped.
+std::string until_closed(Evil& evil) {
     std::string stream;
-    for (bool is_closed = false; !is_closed;) {
+    for (int i = 0; i < kPatience; ++i) {
+        if (!evil.on_command("PV").report.empty()) {
+            return stream;
+        }
         const Deeds deeds = evil.on_event("PVvym-sim 1.0", false);
-        commands += "AT#PV\r\n";
         stream += stream_of(deeds);
-        is_closed = !deeds.report.empty();
+        if (!deeds.report.empty()) {
+            return stream;
+        }
     }
+    ADD_FAILURE() << "never closed";
+    return stream;
+}
+
+TEST(EvilServer, DropsAClientAtAnEventOrACommandAndServesTheNext) {
+    Evil evil(sim::to_evil_options("2:close"));
     RunningSim sim(sim::built_in_world(), RunningSim::quick(), {}, false, "2:close");
-    TestClient client = sim.client();
-    client.send(commands);
-    EXPECT_EQ(read_exactly(client.fd(), stream.size() + 1), stream);
-    // This seed lets the next event pass.
-    ASSERT_EQ(evil.on_event("PVvym-sim 1.0", false).report, "");
-    TestClient next = sim.client();
-    next.send("AT#PV\r\n");
-    EXPECT_EQ(next.event(), "PVvym-sim 1.0");
+    for (int i = 0; i < 20; ++i) {
+        const std::string stream = until_closed(evil);
+        TestClient client = sim.client();
+        // As one, and more than will be answered: what is behind the end does not count.
+        std::string commands;
+        while (commands.size() < stream.size() + 14) {
+            commands += "AT#PV\r\n";
+        }
+        client.send(commands);
+        EXPECT_EQ(read_exactly(client.fd(), stream.size() + 1), stream);
+    }
+    sim.stop();
+    EXPECT_NE(sim.log().find(": close at get_version\n"), std::string::npos);
+    EXPECT_NE(sim.log().find(" of onBtVersion\n"), std::string::npos);
 }
 
 TEST(EvilServer, SendsRealDescriptors) {
@@ -313,6 +403,56 @@ TEST(EvilServer, SendsRealDescriptors) {
         EXPECT_EQ(client.event(), "PVvym-sim 1.0");
     }
     EXPECT_EQ(client.descriptors_waiting(), 1U);
+}
+
+/// How many descriptors the first byte that has any brings.
+size_t first_descriptors(int socket) {
+    char byte = 0;
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(4 * sizeof(int))> control{};
+    iovec part{&byte, 1};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    while (wait_readable(socket)) {
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+        if (recvmsg(socket, &message, MSG_CMSG_CLOEXEC) <= 0) {
+            break;
+        }
+        const cmsghdr* header = CMSG_FIRSTHDR(&message);
+        if (header != nullptr) {
+            const size_t count = (header->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+            for (size_t i = 0; i < count; ++i) {
+                int fd = -1;
+                std::memcpy(&fd, CMSG_DATA(header) + i * sizeof fd, sizeof fd);
+                close(fd);
+            }
+            return count;
+        }
+    }
+    return 0;
+}
+
+/// A seed that does this to the first descriptor of a server that is switched on.
+std::string seed_of(const std::string& kind, const std::string& wanted) {
+    for (int seed = 1; seed < kPatience; ++seed) {
+        const std::string options = std::to_string(seed) + kind;
+        Evil evil(sim::to_evil_options(options));
+        static_cast<void>(evil.on_event("PA01", false));
+        if (shape(evil.on_event("PD0100000007", true)) == wanted) {
+            return options;
+        }
+    }
+    ADD_FAILURE() << "no seed for " << wanted;
+    return "1" + kind;
+}
+
+TEST(EvilServer, SendsTwoDescriptorsWithOneByte) {
+    RunningSim sim(sim::built_in_world(), RunningSim::quick(), {}, false,
+                   seed_of(":two-descriptors", "write both"));
+    TestClient client = sim.client();
+    client.send("AT#PB\r\n");
+    EXPECT_EQ(first_descriptors(client.fd()), 2U);
 }
 
 } // namespace
