@@ -324,7 +324,7 @@ void Evil::close() {
     report("close after " + bytes_text(length) + " of " + work_.name);
 }
 
-void Evil::write(std::string bytes) {
+void Evil::write(const std::string& bytes) {
     work_.deeds.all.push_back({Deed::What::Write, std::exchange(held_back_, {}) + bytes});
 }
 

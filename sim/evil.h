@@ -102,7 +102,7 @@ private:
     void deaf();
     void close();
 
-    void write(std::string bytes);
+    void write(const std::string& bytes);
     /// The event with its NUL, and its descriptor.
     void pass(std::string_view event);
     void hand_over();

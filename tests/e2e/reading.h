@@ -13,7 +13,7 @@
 #include <time.h>
 
 /* A server that is gone cannot be seen in a condition, so it is looked for between slices. */
-enum { SLICE_MS = 15, SLICES = 10, SLICES_FOR_MARK = 40 };
+enum { SLICE_MS = 15, SLICES = 10, SLICES_FOR_MARK = 70 };
 
 /* The connection's descriptor, as the library gave it. */
 static int server = -1;
