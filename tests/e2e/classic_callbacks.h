@@ -305,6 +305,7 @@ static void avrcp_connection_state_changed(uint8_t connected, bt_bdaddr_t addres
 }
 
 static void avrcp_get_rc_features(bt_bdaddr_t address, uint8_t features, int ca_psm) {
+    learn(&named.cover_art, (unsigned)ca_psm);
     note(BYTES(address) + BYTES(features) + BYTES(ca_psm));
 }
 

@@ -176,7 +176,7 @@ static void browse(void) {
     vym_avrcp_play_item(phone, 3, sizeof uid, uid);
     vym_avrcp_get_nowplaying_list(phone, 0, 5);
     vym_avrcp_cancel_browsing(phone);
-    vym_avrcp_connect_bip(phone, 0x1007);
+    vym_avrcp_connect_bip(phone, (int)known(&named.cover_art));
     await_mark(COVER_ART_UP);
     vym_avrcp_get_linked_thumbnail(phone, 7, handle, 9, path);
     vym_avrcp_get_image(phone, 10000, 7, handle, 4, encoding, 7, pixel, 9, path);
@@ -220,7 +220,7 @@ static void listen_to(vym_bluetooth_socket_t* peer) {
 
 static void* talk(void* unused) {
     static const char kGreeting[] = "Every profile\n";
-    vym_bluetooth_socket_t* peer = vym_rfcomm_connect(receiver, serial_port, 1);
+    vym_bluetooth_socket_t* peer = vym_rfcomm_connect(phone, serial_port, 11);
     vym_rfcomm_write(peer, kGreeting, strlen(kGreeting));
     if (peer != NULL) {
         const bt_bdaddr_t address = vym_rfcomm_get_address(peer);

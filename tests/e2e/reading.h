@@ -82,7 +82,8 @@ static struct {
     unsigned service;
     unsigned characteristic;
     unsigned tablet;
-} named = {1, 1, 1, 40, 42, 1};
+    unsigned cover_art;
+} named = {1, 1, 1, 40, 42, 1, 1};
 
 static void learn(unsigned* name, unsigned value) {
     pthread_mutex_lock(&seen.lock);
