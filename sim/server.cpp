@@ -281,7 +281,8 @@ void Server::send(const Event& event) {
 
 void Server::hand_over(uint8_t id, UniqueFd fd) {
     if (client_) {
-        send_in_turn(Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get())), std::move(fd));
+        const Event event = Event("PD").byte(id).dword(static_cast<uint32_t>(fd.get()));
+        send_in_turn(event, std::move(fd));
     }
 }
 

@@ -70,6 +70,13 @@ TEST_F(VirtualTime, GivesAnotherTranscriptToAnotherSeed) {
     EXPECT_NE(TranscriptOf("heart_rate", {"--seed", "18"}), transcript);
 }
 
+TEST_F(VirtualTime, RepeatsWhatWasDoneOnPurpose) {
+    const Strings options{"--evil", "3:split,unknown"};
+    const std::string transcript = TranscriptOf("temperature_sensor", options);
+    EXPECT_EQ(TranscriptOf("temperature_sensor", options), transcript);
+    EXPECT_NE(transcript.find(" evil "), std::string::npos) << transcript;
+}
+
 TEST_F(VirtualTime, MakesALongPauseShortEvenWhenNobodyIsThere) {
     Process sim(Sim("pause 86400s\nlog good morning\nphone battery 2\n", {}));
     EXPECT_EQ(sim.ExitCode(), 0) << sim.Err();
