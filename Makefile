@@ -40,7 +40,7 @@ format: ## format the sources
 
 library: ## the release build of the library alone; needs nothing but a compiler and CMake
 	@cmake -S . -B build/library -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DVYM_BUILD_SIM=OFF \
-		-DVYM_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+		-DVYM_BUILD_TOOLS=OFF -DVYM_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX)
 	@cmake --build build/library
 
 install: library ## install the library for release builds (PREFIX=/usr/local, DESTDIR)

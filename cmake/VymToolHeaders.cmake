@@ -31,7 +31,8 @@ macro(vym_use_tool_headers)
     foreach(entry IN LISTS VYM_TOOL_HEADERS)
         if(NOT VYM_HEADER_${entry})
             message(FATAL_ERROR "The header '${entry}' is missing. Run scripts/install-packages demo, or "
-                "configure with -DVYM_BUILD_SIM=OFF -DBUILD_TESTING=OFF to build the library alone.")
+                "configure with -DVYM_BUILD_SIM=OFF -DVYM_BUILD_TOOLS=OFF -DBUILD_TESTING=OFF to build the "
+                "library alone.")
         endif()
         file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/tool-headers")
         file(CREATE_LINK "${VYM_HEADER_${entry}}/${entry}" "${PROJECT_BINARY_DIR}/tool-headers/${entry}"

@@ -5,7 +5,6 @@
 #ifndef VYM_SIM_CAPTURE_H
 #define VYM_SIM_CAPTURE_H
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,7 +15,7 @@ namespace sim {
 struct CapturedText {
     bool is_command = false;
     /// The record in which it ends; the first one in the file is 1.
-    size_t record = 0;
+    uint64_t record = 0;
     /// A command with its CR LF, an event without its NUL.
     std::string text;
     /// When that record was written, in microseconds.

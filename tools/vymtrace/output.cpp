@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "output.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace trace {
+namespace {
+
+constexpr size_t kBlock = 64 * 1024;
+
+bool write_all(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(fd, bytes.data(), bytes.size());
+        if (count >= 0) {
+            bytes.remove_prefix(static_cast<size_t>(count));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+[[noreturn]] void fail(const std::string& what, int error) {
+    throw Failure(what + " cannot be written: " + std::generic_category().message(error));
+}
+
+} // namespace
+
+void Output::end_line() {
+    buffer_ += '\n';
+    if (buffer_.size() >= kBlock) {
+        flush();
+    }
+}
+
+void Output::flush() {
+    if (!write_all(fd_, buffer_)) {
+        fail("standard output", errno);
+    }
+    buffer_.clear();
+}
+
+void write_file(const std::string& path, std::string_view content) {
+    const bool is_file = path != "-";
+    const int fd =
+        is_file ? open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644) : STDOUT_FILENO;
+    if (fd == -1) {
+        fail(path, errno);
+    }
+    bool good = write_all(fd, content);
+    int error = errno;
+    if (is_file && close(fd) != 0 && good) {
+        good = false;
+        error = errno;
+    }
+    if (!good) {
+        fail(is_file ? path : "standard output", error);
+    }
+}
+
+} // namespace trace

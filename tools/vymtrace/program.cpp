@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "program.h"
+
+#include "json_lines.h"
+#include "lines.h"
+#include "options.h"
+#include "trace.h"
+
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <ostream>
+#include <unistd.h>
+
+namespace trace {
+namespace {
+
+constexpr int kUsageError = 2;
+
+bool wants_colour(int out) {
+    const char* refused = std::getenv("NO_COLOR");
+    return isatty(out) == 1 && (refused == nullptr || *refused == '\0');
+}
+
+std::unique_ptr<Consumer> make_consumer(const Options& options, Output& out, bool colour) {
+    switch (options.task) {
+    case Task::Json:
+        return std::make_unique<JsonLines>(out);
+    default:
+        return std::make_unique<Lines>(out, Lines::Style{options.conditions.utc, colour});
+    }
+}
+
+int run(const Options& options, int out_fd, std::ostream& err) {
+    Output out(out_fd);
+    if (options.task == Task::Done) {
+        out.line() += options.text;
+        out.flush();
+        return 0;
+    }
+    const auto consumer = make_consumer(options, out, wants_colour(out_fd));
+    return trace::run(options.file, options.follow, Filter(options.conditions), *consumer, err);
+}
+
+} // namespace
+
+int run_program(int argc, const char* const* argv, int out, std::ostream& err) {
+    try {
+        return run(parse_options(argc, argv), out, err);
+    } catch (const UsageError& error) {
+        err << "vymtrace: " << error.what() << " (vymtrace --help shows the options)\n";
+        return kUsageError;
+    } catch (const std::exception& error) {
+        err << "vymtrace: " << error.what() << "\n";
+        return 1;
+    }
+}
+
+} // namespace trace
