@@ -211,7 +211,10 @@ TEST(Damage, ACaptureMayEndAtAnyByte) {
         const Result result = traces.Run({"--json", path});
         EXPECT_EQ(result.code == 0, result.err.empty()) << size;
         sound += result.code == 0 ? 1 : 0;
-        const std::string shown = result.out.substr(0, all.size());
+        // But for a text without its end, what is shown is what the whole capture shows.
+        const size_t cut = result.out.find("has no end");
+        const std::string shown =
+            result.out.substr(0, cut == std::string::npos ? cut : result.out.rfind('\n', cut) + 1);
         EXPECT_EQ(shown, all.substr(0, shown.size())) << size;
     }
     // Behind the header and behind each record but the last.

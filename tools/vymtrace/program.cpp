@@ -6,6 +6,7 @@
 #include "json_lines.h"
 #include "lines.h"
 #include "options.h"
+#include "stats.h"
 #include "trace.h"
 
 #include <cstdlib>
@@ -28,6 +29,8 @@ std::unique_ptr<Consumer> make_consumer(const Options& options, Output& out, boo
     switch (options.task) {
     case Task::Json:
         return std::make_unique<JsonLines>(out);
+    case Task::Stats:
+        return std::make_unique<Stats>(out, Stats::Style{options.json, options.conditions.utc});
     default:
         return std::make_unique<Lines>(out, Lines::Style{options.conditions.utc, colour});
     }
