@@ -22,24 +22,24 @@ constexpr Layout kTrack{"track",
                         0,
                         {{"count", Type::HexDigit},
                          times({"ids", Type::HexDigit}, "count"),
-                         times({"values", Type::NulText}, "count")}};
+                         a_title(times({"values", Type::NulText}, "count"))}};
 
 // The items lie without padding, their texts are padded with NULs.
-constexpr Layout kAttribute{"attribute", 0, {le32("id"), fixed_text("text", 255)}};
+constexpr Layout kAttribute{"attribute", 0, {le32("id"), a_title(fixed_text("text", 255))}};
 constexpr Layout kMedia{"media",
                         3,
-                        {bytes("uid", 8), u8("type"), le16("charset"), fixed_text("name", 255),
+                        {bytes("uid", 8), u8("type"), le16("charset"), a_title(fixed_text("name", 255)),
                          le32("attribute_count"),
                          times(group("attributes", &kAttribute), "attribute_count")}};
 constexpr Layout kFolder{
     "folder",
     2,
-    {bytes("uid", 8), u8("type"), u8("playable"), le16("charset"), fixed_text("name", 255)},
+    {bytes("uid", 8), u8("type"), u8("playable"), le16("charset"), a_title(fixed_text("name", 255))},
     &kMedia};
 constexpr Layout kPlayer{"player",
                          1,
                          {le16("id"), u8("major_type"), le32("sub_type"), u8("play_status"),
-                          bytes("features", 16), le16("charset"), fixed_text("name", 255)},
+                          bytes("features", 16), le16("charset"), a_title(fixed_text("name", 255))},
                          &kFolder};
 constexpr Layout kItem{"item", 0, {u8("item_type"), choice("item", "item_type", &kPlayer)}};
 

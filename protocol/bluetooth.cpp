@@ -17,9 +17,9 @@ constexpr Layout kSavedDevice{"saved_device",
                                le32("class"),
                                u8("service_count"),
                                times(le16("services"), 16),
-                               all_text("name")}};
+                               a_name(all_text("name"))}};
 
-constexpr Layout kOther{"other", 0, {all_bytes("value")}};
+constexpr Layout kOther{"other", 0, {of_peer(all_bytes("value"))}};
 constexpr Layout kInterval{"discovery_interval", 36, {le32("interval")}, &kOther};
 constexpr Layout kBondedMaximum{"bonded_maximum", 35, {le32("maximum")}, &kInterval};
 constexpr Layout kVersion{"version", 34, {all_text("version")}, &kBondedMaximum};
@@ -32,7 +32,7 @@ constexpr Layout kScanMode{"scan_mode", 7, {le32("mode")}, &kBonded};
 constexpr Layout kClass{"class", 4, {le32("class")}, &kScanMode};
 constexpr Layout kUuids{"uuids", 3, {to_end({"uuids", Type::RawUuid})}, &kClass};
 constexpr Layout kAddress{"address", 2, {{"address", Type::RawAddress}}, &kUuids};
-constexpr Layout kName{"name", 1, {all_text("name")}, &kAddress};
+constexpr Layout kName{"name", 1, {a_name(all_text("name"))}, &kAddress};
 
 // Type and length are digits, the value is bytes.
 constexpr Layout kProperty{
@@ -68,12 +68,12 @@ constexpr Message kCommands[] = {
     {"BK", "start_discovery"},
     {"BL", "stop_discovery"},
     {"BM", "create_bond", 0, {address()}},
-    {"BN", "create_bond_out_of_band", 0, {address(), dword("transport"), block("data")}},
+    {"BN", "create_bond_out_of_band", 0, {address(), dword("transport"), a_secret(block("data"))}},
     {"BO", "remove_bond", 0, {address()}},
     {"BP", "cancel_bond", 0, {address()}},
     {"BQ", "get_connection_state", 0, {address()}},
-    {"BR", "pin_reply", 0, {address(), byte("accept"), block("pin")}},
-    {"BS", "ssp_reply", 0, {address(), byte("variant"), byte("accept"), dword("passkey")}},
+    {"BR", "pin_reply", 0, {address(), byte("accept"), a_secret(block("pin"))}},
+    {"BS", "ssp_reply", 0, {address(), byte("variant"), byte("accept"), a_secret(dword("passkey"))}},
     {"BTA", "connection_auth", 0, {address(), byte("profile"), byte("accept")}},
     {"BTB", "read_connected_device_rssi", 0, {address()}},
     {"BTD", "acl_cancel_connect", 0, {address()}},
@@ -101,16 +101,16 @@ constexpr Message kEvents[] = {
      "onDeviceFound",
      28,
      {address(), byte("type"), dword("class"), byte("rssi"), block("services", &kServices),
-      text("name")}},
+      a_name(text("name"))}},
     {"BE", "onDiscoveryStateChanged", 2, {byte("state")}},
-    {"BF", "onPinRequest", 22, {address(), dword("class"), byte("min_16_digit"), text("name")}},
+    {"BF", "onPinRequest", 22, {address(), dword("class"), byte("min_16_digit"), a_name(text("name"))}},
     {"BG",
      "onSspRequest",
      30,
-     {address(), dword("class"), byte("variant"), dword("passkey"), text("name")}},
+     {address(), dword("class"), byte("variant"), a_secret(dword("passkey")), a_name(text("name"))}},
     {"BH", "onBondStateChanged", 16, {byte("status"), address(), byte("state")}},
     {"BI", "onAclStateChanged", 16, {byte("status"), address(), byte("state")}},
-    {"BN", "onAppGapStarted", 4, {block("data")}},
+    {"BN", "onAppGapStarted", 4, {of_peer(block("data"))}},
     {"BO", "onConnectionAuthReq", 14, {address(), byte("profile")}},
     {"BQ", "onLETestCmdComplete", 8, {byte("operation"), byte("status"), word("packets")}},
     {"BR", "onReadBTAddress", 14, {byte("status"), address()}},

@@ -120,6 +120,43 @@ constexpr Field only(When when, Field field) {
     return field;
 }
 
+constexpr Field marked(Private kind, Field field) {
+    field.is_private = kind;
+    return field;
+}
+
+constexpr Field an_address(const Field& field) {
+    return marked(Private::Address, field);
+}
+
+constexpr Field a_name(const Field& field) {
+    return marked(Private::Name, field);
+}
+
+constexpr Field a_title(const Field& field) {
+    return marked(Private::Title, field);
+}
+
+constexpr Field a_number(const Field& field) {
+    return marked(Private::Number, field);
+}
+
+constexpr Field a_contact(const Field& field) {
+    return marked(Private::Contact, field);
+}
+
+constexpr Field a_secret(const Field& field) {
+    return marked(Private::Secret, field);
+}
+
+constexpr Field advertised(const Field& field) {
+    return marked(Private::Advertised, field);
+}
+
+constexpr Field of_peer(const Field& field) {
+    return marked(Private::Data, field);
+}
+
 /// Fields that often come together are named once and joined.
 constexpr Fields operator+(const Fields& first, const Fields& second) {
     Fields both = first;

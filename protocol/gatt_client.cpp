@@ -22,18 +22,18 @@ constexpr Fields kDescriptor{word("descriptor_instance"), uuid_last("descriptor"
 constexpr Fields kServiceFound{byte("service_type"), word("service_instance"), uuid_first("service")};
 constexpr Fields kCharacteristicFound{word("characteristic_instance"), uuid_first("characteristic")};
 constexpr Fields kDescriptorFound{word("descriptor_instance"), uuid_first("descriptor")};
-constexpr Fields kWrite{byte("write_type"), byte("auth_req"), block("value")};
+constexpr Fields kWrite{byte("write_type"), byte("auth_req"), of_peer(block("value"))};
 constexpr Fields kAuthentication{byte("auth_req")};
 
-constexpr Fields kFilter{byte("client_if"),    word("filter_type"),    word("filter_index"),
-                         word("company"),      word("company_mask"),   dword("uuid_lsb"),
-                         dword("uuid_msb"),    dword("uuid_mask_lsb"), dword("uuid_mask_msb"),
-                         byte("address_type"), block("name"),          block("address"),
-                         block("data"),        block("mask")};
+constexpr Fields kFilter{byte("client_if"),      word("filter_type"),    word("filter_index"),
+                         word("company"),        word("company_mask"),   dword("uuid_lsb"),
+                         dword("uuid_msb"),      dword("uuid_mask_lsb"), dword("uuid_mask_msb"),
+                         byte("address_type"),   a_name(block("name")),  an_address(block("address")),
+                         of_peer(block("data")), of_peer(block("mask"))};
 constexpr Fields kAdvertising{byte("client_if"), word("min_interval"), word("max_interval"),
                               byte("type"),      byte("channel_map"),  byte("tx_power"),
                               word("timeout_s")};
-constexpr Fields kAdvertisedData{block("manufacturer_data"), block("service_data"),
+constexpr Fields kAdvertisedData{of_peer(block("manufacturer_data")), of_peer(block("service_data")),
                                  block("service_uuids")};
 
 constexpr Message kCommands[] = {
@@ -61,7 +61,7 @@ constexpr Message kCommands[] = {
     {"KR", "connection_parameter_update", 0,
      kClientAddress +
          Fields{word("min_interval"), word("max_interval"), word("latency"), word("timeout")}},
-    {"KSB", "send_data", 0, {block("data")}},
+    {"KSB", "send_data", 0, {of_peer(block("data"))}},
     {"KT",
      "test",
      0,
@@ -111,17 +111,20 @@ constexpr Message kCommands[] = {
      "listen_ex",
      0,
      {byte("client_if"), byte("enable"), word("min_interval"), word("max_interval")}},
-    {"KZB", "set_user_def_adv_data", 0, {byte("server_if"), byte("scan_response"), block("data")}},
+    {"KZB",
+     "set_user_def_adv_data",
+     0,
+     {byte("server_if"), byte("scan_response"), advertised(block("data"))}},
     {"KZC", "set_adv_command", 0, {byte("enable")}},
 };
 
 constexpr Message kEvents[] = {
     {"KA", "onClientRegistered", 36, {byte("status"), byte("client_if"), uuid_first("uuid")}},
-    {"KB", "onScanResult", 18, {address(), byte("rssi"), byte("data_type"), block("data")}},
-    {"KC", "onScanAddressName", 16, {address(), block("name")}},
+    {"KB", "onScanResult", 18, {address(), byte("rssi"), byte("data_type"), advertised(block("data"))}},
+    {"KC", "onScanAddressName", 16, {address(), a_name(block("name"))}},
     {"KD", "onNotify", 96,
      Fields{word("conn_id"), address()} + kServiceFound + kCharacteristicFound +
-         Fields{byte("is_notification"), block("value")}},
+         Fields{byte("is_notification"), of_peer(block("value"))}},
     {"KE", "onConnected", 20, {byte("client_if"), word("conn_id"), byte("status"), address()}},
     {"KF", "onDisconnected", 20, {byte("client_if"), word("conn_id"), byte("status"), address()}},
     {"KG", "onSearchCompleted", 6, kConnectionStatus},
@@ -136,16 +139,17 @@ constexpr Message kEvents[] = {
     {"KL", "onRegisterForNotifications", 82,
      kConnectionStatus + Fields{byte("registered")} + kServiceFound + kCharacteristicFound},
     {"KM", "onReadCharacteristic", 86,
-     kConnectionStatus + kServiceFound + kCharacteristicFound + Fields{byte("type"), block("value")}},
+     kConnectionStatus + kServiceFound + kCharacteristicFound +
+         Fields{byte("type"), of_peer(block("value"))}},
     {"KN", "onWriteCharacteristic", 80, kConnectionStatus + kServiceFound + kCharacteristicFound},
     {"KO", "onExecuteCompleted", 6, kConnectionStatus},
     {"KP", "onReadDescriptor", 122,
      kConnectionStatus + kServiceFound + kCharacteristicFound + kDescriptorFound +
-         Fields{byte("type"), block("value")}},
+         Fields{byte("type"), of_peer(block("value"))}},
     {"KQ", "onWriteDescriptor", 116,
      kConnectionStatus + kServiceFound + kCharacteristicFound + kDescriptorFound},
     {"KR", "onReadRemoteRssi", 18, {byte("client_if"), address(), byte("rssi"), byte("status")}},
-    {"KS", "onReceiveDataFromCentral", 20, {word("conn_id"), address(), block("data")}},
+    {"KS", "onReceiveDataFromCentral", 20, {word("conn_id"), address(), of_peer(block("data"))}},
     {"KT", "onConfigureMtu", 18, {dword("conn_id"), byte("status"), dword("mtu")}},
     {"KZA", "onAdvertiseCallback", 4, {byte("status"), byte("client_if")}},
     {"KZB", "onScanFilterConfig", 28,
@@ -160,7 +164,7 @@ constexpr Message kEvents[] = {
     {"KZJ", "onBatchScanStorageConfigured", 4, kClientStatus},
     {"KZK", "onBatchScanStartStopped", 12, kActionClientStatus},
     {"KZL", "onBatchScanReports", 24,
-     kClientStatus + Fields{dword("format"), dword("records"), block("data")}},
+     kClientStatus + Fields{dword("format"), dword("records"), a_secret(block("data"))}},
     {"KZM", "onBatchScanThresholdCrossed", 2, {byte("client_if")}},
     {"KZN", "onScanParamSetupCompleted", 4, kClientStatus},
 };

@@ -32,16 +32,16 @@ constexpr Message kCommands[] = {
     {"JM",
      "send_indication",
      0,
-     {byte("server_if"), word("attribute"), word("conn_id"), byte("confirm"), block("value")}},
+     {byte("server_if"), word("attribute"), word("conn_id"), byte("confirm"), of_peer(block("value"))}},
     {"JN",
      "send_notification",
      0,
-     {byte("server_if"), word("attribute"), word("conn_id"), block("value")}},
+     {byte("server_if"), word("attribute"), word("conn_id"), of_peer(block("value"))}},
     {"JO",
      "send_response",
      0,
      {byte("server_if"), word("conn_id"), word("trans_id"), byte("status"), word("attribute"),
-      word("offset"), byte("auth_req"), block("value")}},
+      word("offset"), byte("auth_req"), of_peer(block("value"))}},
 };
 
 constexpr Message kEvents[] = {
@@ -77,7 +77,7 @@ constexpr Message kEvents[] = {
      "onAttributeWrite",
      36,
      {address(), word("conn_id"), word("trans_id"), word("attribute"), word("offset"),
-      byte("need_response"), byte("is_prepared"), block("value")}},
+      byte("need_response"), byte("is_prepared"), of_peer(block("value"))}},
     {"JM", "onExecuteWrite", 22, {address(), word("conn_id"), word("trans_id"), byte("execute")}},
     {"JN", "onNotificationSent", 6, {word("conn_id"), byte("status")}},
     {"JO", "onServerCongestion", 6, {word("conn_id"), byte("congested")}},

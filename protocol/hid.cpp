@@ -15,7 +15,7 @@ constexpr Message kCommands[] = {
      {byte("subclass"), block("name"), block("description"), block("provider"),
       block("report_descriptor"), block("in_qos"), block("out_qos")}},
     {"DB", "unregister_app"},
-    {"DC", "send_report", 0, {byte("type"), dword("id"), block("report")}},
+    {"DC", "send_report", 0, {byte("type"), dword("id"), a_secret(block("report"))}},
     {"DE", "report_error", 0, {byte("error")}},
     {"DF", "unplug"},
     {"DG", "connect", 0, {address()}},
@@ -26,9 +26,9 @@ constexpr Message kEvents[] = {
     {"DA", "onApplicationStateChanged", 20, {address(), dword("state")}},
     {"DB", "onConnectionState", 20, {address(), dword("state")}},
     {"DC", "onGetReport", 12, {byte("type"), byte("id"), dword("buffer_size")}},
-    {"DE", "onSetReport", 8, {byte("type"), byte("id"), block("data")}},
+    {"DE", "onSetReport", 8, {byte("type"), byte("id"), of_peer(block("data"))}},
     {"DF", "onSetProtocol", 2, {byte("protocol")}},
-    {"DG", "onIntrData", 6, {byte("report_id"), block("data")}},
+    {"DG", "onIntrData", 6, {byte("report_id"), of_peer(block("data"))}},
     {"DH", "onVirCableUnplug", 0},
 };
 

@@ -13,7 +13,7 @@ constexpr Message kCommands[] = {
     {"TC", "connect", 0, {address()}},
     {"TD", "disconnect", 0, {address()}},
     {"TM", "filter_mask", 0, {dword("mask")}},
-    {"TN", "pull_vcard_by_number", 0, {dword("index"), text("number")}},
+    {"TN", "pull_vcard_by_number", 0, {dword("index"), a_number(text("number"))}},
     {"TW", "cancel_get_phonebook"},
 };
 
@@ -21,7 +21,7 @@ constexpr Message kEvents[] = {
     {"TS", "onConnectionStatus", 14, {byte("status"), address()}},
     {"TC", "onGetPhonebookStatus", 4, {word("result")}},
     {"TE", "onGetPhonebookSize", 12, {word("type"), word("size"), word("result")}},
-    {"TB", "onVcfDataInd", 0, {text("line")}},
+    {"TB", "onVcfDataInd", 0, {a_contact(text("line"))}},
     // The length of the number is decimal, the other numbers are not.
     {"TD",
      "onIndexDataInd",
@@ -31,12 +31,12 @@ constexpr Message kEvents[] = {
       only(When::Contact, {"tel_type", Type::HexDigit}),
       byte("name_length"),
       {"number_length", Type::Decimal},
-      of_length("name", Type::Counted, "name_length"),
-      of_length("number", Type::Counted, "number_length"),
+      a_name(of_length("name", Type::Counted, "name_length")),
+      a_number(of_length("number", Type::Counted, "number_length")),
       only(When::CallLog, {"separator", Type::Character}),
       only(When::CallLog, text("time"))}},
-    {"TR", "onPhonebookRawdataInd", 6, {byte("type"), block("data")}},
-    {"TP", "onPhonebookPhotodataInd", 10, {byte("state"), word("index"), block("data")}},
+    {"TR", "onPhonebookRawdataInd", 6, {byte("type"), a_contact(block("data"))}},
+    {"TP", "onPhonebookPhotodataInd", 10, {byte("state"), word("index"), a_secret(block("data"))}},
 };
 
 } // namespace

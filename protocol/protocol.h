@@ -64,6 +64,20 @@ enum class Repeat : uint8_t {
     ToEnd,   // until the block ends
 };
 
+/// What about a field is nobody else's business. Addresses and out-of-band data are private by their
+/// type.
+enum class Private : uint8_t {
+    No,
+    Address,    // in a block of its own, address[0] first
+    Name,       // of a person, a device or a network
+    Title,      // of what is played
+    Number,     // that can be called, and what is dialled
+    Contact,    // lines of vCards
+    Secret,     // PINs, keys, key strokes, pictures
+    Advertised, // advertising data: it may have a name in it
+    Data,       // of an application's own protocol: whatever it is, text in it may be private
+};
+
 struct Layout;
 
 struct Field {
@@ -74,6 +88,7 @@ struct Field {
     const Layout* inner = nullptr;
     Repeat repeat = Repeat::Once;
     When when = When::Always;
+    Private is_private = Private::No;
 };
 
 /// The most fields that a message or a layout has.

@@ -3,34 +3,16 @@
 
 // What an application has recorded is played to it again.
 
-#include "e2e/running_sim.h"
-#include "support/process.h"
-#include "support/temp_dir.h"
+#include "e2e/recording.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
+using e2e::Recording;
 using e2e::RunningSim;
 using support::Process;
-
-// A program's run in the world, and what it recorded. Each server has a directory of its own, for the
-// program writes its capture beside the socket.
-class Recording {
-public:
-    explicit Recording(const std::string& example) {
-        RunningSim world;
-        Process program(e2e::Example(example, {world.Directory()}));
-        EXPECT_EQ(program.ExitCode(3 * support::TimeLimit()), 0) << program.Out() << program.Err();
-        std::filesystem::copy_file(world.Directory() + "/client_sock.log", Path());
-    }
-    [[nodiscard]] std::string Path() const { return kept_.Path() + "/recorded.log"; }
-
-private:
-    support::TempDir kept_;
-};
 
 TEST(ReplayOfAProgram, TheProgramGetsToItsEndAgain) {
     for (const std::string example : {"heart_rate", "keyboard"}) {

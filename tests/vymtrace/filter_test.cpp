@@ -89,7 +89,7 @@ TEST(Filter, AWrongOneIsAnErrorOfUsageThatSaysHowItIsRight) {
          "--profile: there is no profile \"hpf\"; the profiles are bluetooth, rfcomm, hfp, a2dp, "
          "avrcp, "
          "pbap, gatt_client, gatt_server, hid"},
-        {{"--tag", "hh"}, "--tag: \"hh\" is no tag; a tag is two or three capital letters, such as HH"},
+        {{"--tag", "hh"}, "--tag: \"hh\" is no tag; a tag is two to four capital letters, such as HH"},
         {{"--name", "onNothing"}, "--name: no command and no event is called \"onNothing\""},
         {{"--address", "00:1A:7D:DA:71"},
          "--address: \"00:1A:7D:DA:71\" is no address; an address looks like 00:1A:7D:DA:71:13"},

@@ -44,7 +44,7 @@ std::string why_no_name(const std::string& text) {
 std::string why_no_tag(const std::string& text) {
     const bool good =
         !text.empty() && text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos;
-    return good ? "" : "\"" + text + "\" is no tag; a tag is two or three capital letters, such as HH";
+    return good ? "" : "\"" + text + "\" is no tag; a tag is two to four capital letters, such as HH";
 }
 
 std::string why_no_address(const std::string& text) {
@@ -68,6 +68,8 @@ struct Words {
     std::string since;
     std::string until;
     bool stats = false;
+    bool scrub = false;
+    std::string emit;
 };
 
 void add_filters(CLI::App& app, Conditions& conditions, Words& words) {
@@ -98,6 +100,26 @@ void take_one_each(CLI::App& app) {
     }
 }
 
+/// "vymtrace scrub FROM TO" has nothing in common with the rest.
+void add_scrub(CLI::App& app, Options& options, Words& words) {
+    auto* scrub = app.add_subcommand(
+        "scrub", "Write the capture again with pseudonyms for addresses, names, numbers, phone-book "
+                 "text, PINs and keys, so that it can be given to others");
+    scrub->add_option("from", options.file, "The capture")->type_name("FROM")->required();
+    scrub->add_option("to", options.to, "The file to be written")->type_name("TO")->required();
+    scrub->callback([&words] { words.scrub = true; });
+}
+
+Task task_of(const Options& options, const Words& words) {
+    if (words.scrub) {
+        return Task::Scrub;
+    }
+    if (!words.emit.empty()) {
+        return Task::Dissector;
+    }
+    return words.stats ? Task::Stats : options.json ? Task::Json : Task::Lines;
+}
+
 Conditions to_conditions(Conditions conditions, const Words& words) {
     for (const std::string& address : words.addresses) {
         conditions.addresses.push_back(*parse_address(address));
@@ -117,17 +139,20 @@ Options parse_options(int argc, const char* const* argv) {
     CLI::App app("Reads a capture of the library, client_sock.log, as a person would.", "vymtrace");
     Options options;
     Words words;
-    app.add_option("file", options.file, "The capture; - is standard input")
-        ->type_name("FILE")
-        ->required();
+    app.add_option("file", options.file, "The capture; - is standard input")->type_name("FILE");
     auto* follow = app.add_flag("-f,--follow", options.follow,
                                 "Go on with what is added to the file, until Ctrl-C");
     app.add_flag("--json", options.json, "One JSON object a line");
     app.add_flag("--stats", words.stats, "Only counts, rates, round trips and gaps")->excludes(follow);
     app.add_flag("--utc", options.conditions.utc, "Times in UTC instead of the local time zone");
     app.set_version_flag("--version", kVersion);
+    app.add_option("--emit", words.emit,
+                   "Write a plug-in for Wireshark and tshark to standard output, and do nothing else")
+        ->type_name("lua")
+        ->check(CLI::IsMember({"lua"}));
     add_filters(app, options.conditions, words);
     take_one_each(app);
+    add_scrub(app, options, words);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -138,7 +163,10 @@ Options parse_options(int argc, const char* const* argv) {
         options.text = error.get_name() == "CallForHelp" ? app.help() : std::string(kVersion) + '\n';
         return options;
     }
-    options.task = words.stats ? Task::Stats : options.json ? Task::Json : Task::Lines;
+    options.task = task_of(options, words);
+    if (options.file.empty() && options.task != Task::Dissector) {
+        throw UsageError("a capture is needed, client_sock.log; - is standard input");
+    }
     options.conditions = to_conditions(std::move(options.conditions), words);
     return options;
 }

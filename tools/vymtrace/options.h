@@ -23,12 +23,16 @@ enum class Task : uint8_t {
     Lines, // the default
     Json,
     Stats,
+    Scrub,
+    Dissector,
 };
 
 struct Options {
     Task task = Task::Lines;
     std::string text;
     std::string file;
+    /// What is to be written.
+    std::string to;
     bool follow = false;
     /// --stats as JSON.
     bool json = false;

@@ -33,6 +33,10 @@ bool write_all(int fd, std::string_view bytes) {
 
 void Output::end_line() {
     buffer_ += '\n';
+    flush_full();
+}
+
+void Output::flush_full() {
     if (buffer_.size() >= kBlock) {
         flush();
     }
@@ -40,27 +44,21 @@ void Output::end_line() {
 
 void Output::flush() {
     if (!write_all(fd_, buffer_)) {
-        fail("standard output", errno);
+        fail(name_, errno);
     }
     buffer_.clear();
 }
 
-void write_file(const std::string& path, std::string_view content) {
-    const bool is_file = path != "-";
-    const int fd =
-        is_file ? open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644) : STDOUT_FILENO;
-    if (fd == -1) {
+NewFile::NewFile(const std::string& path)
+    : fd_(path == "-" ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
+                      : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
+    if (fd_ == -1) {
         fail(path, errno);
     }
-    bool good = write_all(fd, content);
-    int error = errno;
-    if (is_file && close(fd) != 0 && good) {
-        good = false;
-        error = errno;
-    }
-    if (!good) {
-        fail(is_file ? path : "standard output", error);
-    }
+}
+
+NewFile::~NewFile() {
+    close(fd_);
 }
 
 } // namespace trace

@@ -20,22 +20,38 @@ public:
 class Output {
 public:
     /// Does not close it.
-    explicit Output(int fd) : fd_(fd) {}
+    explicit Output(int fd, std::string name = "standard output") : fd_(fd), name_(std::move(name)) {}
 
     /// Where the next line is to be appended; end_line() when it is complete.
     std::string& line() { return buffer_; }
     void end_line();
+    /// The same without a line's end.
+    void flush_full();
 
     /// Throws Failure when not everything can be written.
     void flush();
 
 private:
     int fd_;
+    std::string name_;
     std::string buffer_;
 };
 
-/// Writes a whole file; "-" is standard output. Throws Failure.
-void write_file(const std::string& path, std::string_view content);
+/// A file for writing, closed at the end; "-" is standard output. Throws Failure.
+class NewFile {
+public:
+    explicit NewFile(const std::string& path);
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+    NewFile(NewFile&&) = delete;
+    NewFile& operator=(NewFile&&) = delete;
+
+    int fd() const { return fd_; }
+
+private:
+    int fd_;
+};
 
 } // namespace trace
 

@@ -3,9 +3,11 @@
 
 #include "program.h"
 
+#include "dissector.h"
 #include "json_lines.h"
 #include "lines.h"
 #include "options.h"
+#include "scrub.h"
 #include "stats.h"
 #include "trace.h"
 
@@ -38,10 +40,13 @@ std::unique_ptr<Consumer> make_consumer(const Options& options, Output& out, boo
 
 int run(const Options& options, int out_fd, std::ostream& err) {
     Output out(out_fd);
-    if (options.task == Task::Done) {
-        out.line() += options.text;
+    if (options.task == Task::Done || options.task == Task::Dissector) {
+        out.line() += options.task == Task::Done ? options.text : dissector();
         out.flush();
         return 0;
+    }
+    if (options.task == Task::Scrub) {
+        return scrub(options.file, options.to, err);
     }
     const auto consumer = make_consumer(options, out, wants_colour(out_fd));
     return trace::run(options.file, options.follow, Filter(options.conditions), *consumer, err);

@@ -3,14 +3,11 @@
 
 #include "trace.h"
 
-#include "capture/file.h"
-#include "damage.h"
 #include "follow.h"
+#include "reading.h"
 
-#include <cerrno>
 #include <memory>
 #include <ostream>
-#include <system_error>
 
 namespace trace {
 namespace {
@@ -22,10 +19,12 @@ public:
           damage_(path_ == "-" ? "standard input" : path_, err) {}
 
     int to_end(bool follow) {
-        if (file_.open(path_)) {
-            follow ? read_for_ever() : read_all();
+        if (!file_.open(path_)) {
+            damage_.note(cannot_be_read());
+        } else if (follow) {
+            read_for_ever();
         } else {
-            note_error();
+            read_all();
         }
         consumer_.end();
         damage_.tell();
@@ -34,13 +33,12 @@ public:
 
 private:
     void read_all() {
-        while (read_block()) {
-        }
-        if (failed_) {
+        read();
+        if (is_foreign()) {
             return;
         }
         reader_->finish();
-        drain();
+        drain(*reader_, damage_, [this] { return take_next(); });
         for (const bool is_command : {true, false}) {
             const capture::Text text = reader_->unfinished(is_command);
             if (!text.text.empty()) {
@@ -52,15 +50,21 @@ private:
     void read_for_ever() {
         const Waiting waiting;
         do {
-            while (read_block()) {
-            }
+            read();
             consumer_.flush();
             damage_.tell();
             if (file_.was_cut(bytes_)) {
                 begin_again();
             }
-        } while (!failed_ && waiting.wait());
+        } while (!is_foreign() && waiting.wait());
     }
+
+    void read() {
+        bytes_ += read_on(file_, *reader_, damage_, [this] { return take_next(); });
+    }
+
+    /// Behind other problems reading goes on.
+    bool is_foreign() const { return reader_->problem().has_value(); }
 
     /// The library makes its capture anew when it starts.
     void begin_again() {
@@ -68,41 +72,17 @@ private:
         reader_ = std::make_unique<capture::TextReader>();
         bytes_ = 0;
         if (!file_.open(path_)) {
-            note_error();
+            damage_.note(cannot_be_read());
         }
     }
 
-    /// False at the end for now.
-    bool read_block() {
-        const long count = file_.read(reader_->space());
-        if (count < 0) {
-            note_error();
+    bool take_next() {
+        capture::Text text;
+        const bool has_text = reader_->next(&text);
+        if (has_text) {
+            take(text);
         }
-        if (count <= 0) {
-            return false;
-        }
-        reader_->filled(static_cast<size_t>(count));
-        bytes_ += static_cast<uint64_t>(count);
-        drain();
-        // The rest of a file of another kind says nothing.
-        return !reader_->problem();
-    }
-
-    void drain() {
-        for (;;) {
-            capture::Text text;
-            while (reader_->next(&text)) {
-                take(text);
-            }
-            if (!reader_->problem()) {
-                return;
-            }
-            damage_.note(*reader_->problem());
-            if (!reader_->recover()) {
-                failed_ = true;
-                return;
-            }
-        }
+        return has_text;
     }
 
     void take(const capture::Text& text) {
@@ -114,12 +94,6 @@ private:
         }
     }
 
-    void note_error() {
-        damage_.note("cannot be read: " + std::generic_category().message(errno) +
-                     "; expected a capture");
-        failed_ = true;
-    }
-
     std::string path_;
     Filter filter_;
     Consumer& consumer_;
@@ -128,7 +102,6 @@ private:
     capture::InputFile file_;
     std::unique_ptr<capture::TextReader> reader_ = std::make_unique<capture::TextReader>();
     uint64_t bytes_ = 0;
-    bool failed_ = false;
 };
 
 } // namespace
