@@ -11,6 +11,8 @@ namespace trace {
 
 /// dissector.lua, with @TABLES@ where the tables belong.
 extern const std::string_view kDissector;
+/// report.html, with @DATA@ where the data belongs.
+extern const std::string_view kReport;
 
 } // namespace trace
 

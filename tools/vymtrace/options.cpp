@@ -117,6 +117,9 @@ Task task_of(const Options& options, const Words& words) {
     if (!words.emit.empty()) {
         return Task::Dissector;
     }
+    if (!options.to.empty()) {
+        return Task::Html;
+    }
     return words.stats ? Task::Stats : options.json ? Task::Json : Task::Lines;
 }
 
@@ -146,6 +149,10 @@ Options parse_options(int argc, const char* const* argv) {
     app.add_flag("--stats", words.stats, "Only counts, rates, round trips and gaps")->excludes(follow);
     app.add_flag("--utc", options.conditions.utc, "Times in UTC instead of the local time zone");
     app.set_version_flag("--version", kVersion);
+    app.add_option("--html", options.to,
+                   "Write a page for a browser: a time line, a list, each record's fields")
+        ->type_name("PAGE")
+        ->excludes(follow);
     app.add_option("--emit", words.emit,
                    "Write a plug-in for Wireshark and tshark to standard output, and do nothing else")
         ->type_name("lua")

@@ -25,6 +25,7 @@ enum class Task : uint8_t {
     Stats,
     Scrub,
     Dissector,
+    Html,
 };
 
 struct Options {

@@ -7,6 +7,7 @@
 #include "json_lines.h"
 #include "lines.h"
 #include "options.h"
+#include "report.h"
 #include "scrub.h"
 #include "stats.h"
 #include "trace.h"
@@ -27,10 +28,16 @@ bool wants_colour(int out) {
     return isatty(out) == 1 && (refused == nullptr || *refused == '\0');
 }
 
+std::string file_name(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
 std::unique_ptr<Consumer> make_consumer(const Options& options, Output& out, bool colour) {
     switch (options.task) {
     case Task::Json:
         return std::make_unique<JsonLines>(out);
+    case Task::Html:
+        return std::make_unique<Report>(file_name(options.file), options.to);
     case Task::Stats:
         return std::make_unique<Stats>(out, Stats::Style{options.json, options.conditions.utc});
     default:
