@@ -13,7 +13,7 @@ namespace {
 // A kept beginning is at least a tag and a character; less may well stand in an event twice.
 constexpr size_t kRecognisable = 3;
 // Far beyond any command; it keeps the memory within bounds when a damaged file has no end marks.
-constexpr size_t kLongestText = 1024 * 1024;
+constexpr size_t kLongestText = size_t{1024} * 1024;
 
 } // namespace
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr size_t kMagic = 8;
 // Blocks of this size keep the number of system calls out of the account.
-constexpr size_t kBuffer = 1024 * 1024;
+constexpr size_t kBuffer = size_t{1024} * 1024;
 static_assert(kBuffer > 2 * (kRecordHeader + kLongestPacket),
               "a record must fit whatever is before it");
 // The packet's first bytes tell its own length.

@@ -73,6 +73,9 @@ TEST(Report, APageThatCannotBeWrittenIsAnError) {
     const Result result = traces.Run(Events("HU\0"s), {"--html", traces.Path("no/page")});
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err, "vymtrace: no/page cannot be written: No such file or directory\n");
+    const std::string path = traces.Path("client_sock.log");
+    EXPECT_EQ(traces.Run({"--html", path, path}).code, 1);
+    EXPECT_EQ(support::ReadFile(path), kHeader + Events("HU\0"s));
 }
 
 } // namespace

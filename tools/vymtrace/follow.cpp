@@ -12,7 +12,7 @@ namespace {
 
 // Short for a person; and a look at a file costs next to nothing. Unlike a notification it works on
 // every file system.
-constexpr timespec kPause = {0, 100 * 1000 * 1000};
+constexpr timespec kPause = {0, 100000000};
 
 volatile std::sig_atomic_t s_stop = 0;
 

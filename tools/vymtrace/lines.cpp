@@ -48,7 +48,7 @@ private:
 };
 
 std::string remark(const Item& item) {
-    const std::string problem = item.problem();
+    std::string problem = item.problem();
     if (!problem.empty()) {
         return problem;
     }

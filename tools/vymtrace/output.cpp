@@ -5,13 +5,14 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace trace {
 namespace {
 
-constexpr size_t kBlock = 64 * 1024;
+constexpr size_t kBlock = 65536;
 
 bool write_all(int fd, std::string_view bytes) {
     while (!bytes.empty()) {
@@ -47,6 +48,15 @@ void Output::flush() {
         fail(name_, errno);
     }
     buffer_.clear();
+}
+
+void refuse_same_file(const std::string& capture, const std::string& to) {
+    struct stat one {};
+    struct stat other {};
+    if (stat(capture.c_str(), &one) == 0 && stat(to.c_str(), &other) == 0 &&
+        one.st_dev == other.st_dev && one.st_ino == other.st_ino && S_ISREG(one.st_mode)) {
+        throw Failure(to + " is the capture itself; give another name for what is written");
+    }
 }
 
 NewFile::NewFile(const std::string& path)

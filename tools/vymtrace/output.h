@@ -37,6 +37,9 @@ private:
     std::string buffer_;
 };
 
+/// Throws Failure when what is to be written is the capture that is to be read.
+void refuse_same_file(const std::string& capture, const std::string& to);
+
 /// A file for writing, closed at the end; "-" is standard output. Throws Failure.
 class NewFile {
 public:

@@ -55,6 +55,9 @@ int run(const Options& options, int out_fd, std::ostream& err) {
     if (options.task == Task::Scrub) {
         return scrub(options.file, options.to, err);
     }
+    if (options.task == Task::Html) {
+        refuse_same_file(options.file, options.to);
+    }
     const auto consumer = make_consumer(options, out, wants_colour(out_fd));
     return trace::run(options.file, options.follow, Filter(options.conditions), *consumer, err);
 }

@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <deque>
 #include <ostream>
-#include <sys/stat.h>
 
 namespace trace {
 namespace {
@@ -88,7 +87,7 @@ private:
         StreamMap& map = directions_[text.is_command ? 1 : 0].map;
         const bool has_nul = !text.is_command && text.whole;
         const uint64_t begin = end - text.text.size() - (has_nul ? 1 : 0);
-        const std::string nuls(begin - map.known(), '\0');
+        const std::string nuls(static_cast<size_t>(begin - map.known()), '\0');
         map.add(nuls.size(), nuls);
         map.add(text.text.size(), scrubbed(Item(text), pseudonyms_));
         map.add(has_nul ? 1 : 0, std::string(has_nul ? 1 : 0, '\0'));
@@ -145,19 +144,10 @@ private:
     bool ended_ = false;
 };
 
-bool are_same(const std::string& from, const std::string& to) {
-    struct stat one {};
-    struct stat other {};
-    return stat(from.c_str(), &one) == 0 && stat(to.c_str(), &other) == 0 &&
-           one.st_dev == other.st_dev && one.st_ino == other.st_ino && S_ISREG(one.st_mode);
-}
-
 } // namespace
 
 int scrub(const std::string& from, const std::string& to, std::ostream& err) {
-    if (are_same(from, to)) {
-        throw Failure(to + " is the capture itself; give another name for what is written");
-    }
+    refuse_same_file(from, to);
     Damage damage(from, err);
     capture::InputFile file;
     if (!file.open(from)) {

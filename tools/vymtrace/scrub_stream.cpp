@@ -19,8 +19,8 @@ void StreamMap::add(uint64_t count, std::string_view bytes) {
 
 uint64_t StreamMap::mapped(uint64_t position) const {
     const auto segment =
-        std::find_if(segments_.begin(), segments_.end(),
-                     [position](const Segment& each) { return position < each.from.end; });
+        std::partition_point(segments_.begin(), segments_.end(),
+                             [position](const Segment& each) { return each.from.end <= position; });
     if (segment == segments_.end()) {
         return base_ + bytes_.size();
     }
@@ -33,12 +33,13 @@ uint64_t StreamMap::mapped(uint64_t position) const {
 std::string_view StreamMap::bytes(Range range) const {
     const uint64_t begin = mapped(range.begin);
     const uint64_t end = mapped(range.end);
-    return std::string_view(bytes_).substr(begin - base_, end - begin);
+    return std::string_view(bytes_).substr(static_cast<size_t>(begin - base_),
+                                           static_cast<size_t>(end - begin));
 }
 
 void StreamMap::forget(uint64_t position) {
     // Moving the rest to the front each time would take longer than all the rest.
-    constexpr size_t kEnough = 64 * 1024;
+    constexpr size_t kEnough = 65536;
     if (segments_.empty() || bytes_.size() < kEnough) {
         return;
     }
@@ -46,7 +47,7 @@ void StreamMap::forget(uint64_t position) {
         segments_.pop_front();
     }
     const uint64_t begin = segments_.empty() ? base_ + bytes_.size() : segments_.front().to.begin;
-    bytes_.erase(0, begin - base_);
+    bytes_.erase(0, static_cast<size_t>(begin - base_));
     base_ = begin;
 }
 
