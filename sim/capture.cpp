@@ -35,8 +35,7 @@ std::vector<CapturedText> read_capture(const std::string& path) {
         reader.filled(static_cast<size_t>(count));
         capture::Text text;
         while (reader.next(&text)) {
-            texts.push_back({text.is_command, text.record, std::string(text.text),
-                             static_cast<int64_t>(text.time_us)});
+            texts.push_back({text.is_command, text.record, std::string(text.text), text.time_us});
         }
         at_end = count == 0;
         if (at_end) {
