@@ -3,20 +3,20 @@
 
 // What an application has recorded is played to it again.
 
-#include "e2e/recording.h"
+#include "e2e/example_capture.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
-using e2e::Recording;
+using e2e::ExampleCapture;
 using e2e::RunningSim;
 using support::Process;
 
 TEST(ReplayOfAProgram, TheProgramGetsToItsEndAgain) {
     for (const std::string example : {"heart_rate", "keyboard"}) {
-        const Recording recording(example);
+        const ExampleCapture recording(example);
         RunningSim replay({"--replay", recording.Path()});
         Process program(e2e::Example(example, {replay.Directory()}));
         EXPECT_EQ(program.ExitCode(3 * support::TimeLimit()), 0) << program.Out() << program.Err();
@@ -27,7 +27,7 @@ TEST(ReplayOfAProgram, TheProgramGetsToItsEndAgain) {
 }
 
 TEST(ReplayOfAProgram, AProgramThatNeedsAudioGetsAsFarAsThat) {
-    const Recording recording("first_steps");
+    const ExampleCapture recording("first_steps");
     RunningSim replay({"--replay", recording.Path()});
     Process program(e2e::Example("first_steps", {replay.Directory()}));
     EXPECT_EQ(program.ExitCode(3 * support::TimeLimit()), 1);
@@ -42,7 +42,7 @@ TEST(ReplayOfAProgram, AProgramThatNeedsAudioGetsAsFarAsThat) {
 }
 
 TEST(ReplayOfAProgram, AnotherProgramIsToldApart) {
-    const Recording recording("heart_rate");
+    const ExampleCapture recording("heart_rate");
     RunningSim replay({"--replay", recording.Path()});
     Process program(e2e::Example("keyboard", {replay.Directory()}));
     EXPECT_EQ(replay.Program().ExitCode(), 1);

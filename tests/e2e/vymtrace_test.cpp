@@ -5,7 +5,7 @@
 
 #include "capture/file.h"
 #include "capture/texts.h"
-#include "e2e/recording.h"
+#include "e2e/example_capture.h"
 #include "support/capture_reader.h"
 #include "support/text.h"
 
@@ -16,7 +16,7 @@
 
 namespace {
 
-using e2e::Recording;
+using e2e::ExampleCapture;
 using e2e::RunningSim;
 using support::Process;
 
@@ -91,7 +91,7 @@ std::vector<std::string> Vymtrace(const std::vector<std::string>& arguments) {
 }
 
 TEST(Vymtrace, TellsACallAsItHappened) {
-    const Recording recording("phone_and_music", kSomebodyCalls);
+    const ExampleCapture recording("phone_and_music", kSomebodyCalls);
     EXPECT_TRUE(e2e::HasInOrder(support::OutputOf(Vymtrace({recording.Path()})),
                                 {" > hfp         connect address=2A:41:6E:6E:61:01\n",
                                  " < hfp         onConnectionState state=3 ",
@@ -100,7 +100,7 @@ TEST(Vymtrace, TellsACallAsItHappened) {
 }
 
 TEST(Vymtrace, AScrubbedCaptureTellsNoNamesAndIsPlayedAgain) {
-    const Recording recording("phone_and_music", kSomebodyCalls);
+    const ExampleCapture recording("phone_and_music", kSomebodyCalls);
     const support::TempDir dir;
     const std::string scrubbed = dir.Path() + "/scrubbed.log";
     EXPECT_EQ(support::OutputOf(Vymtrace({"scrub", recording.Path(), scrubbed})), "");
