@@ -2,6 +2,7 @@
 // Copyright (c) 2026 The vym authors
 
 // The devices around: where they are, how they are heard, and what there is at all.
+#include "attributes.h"
 #include "modules.h"
 
 namespace sim {
@@ -13,6 +14,30 @@ std::string with_colons(const Address& address) {
         text.insert(i, ":");
     }
     return text;
+}
+
+/// What the client has asked for beyond what an adapter begins with, each behind a comma.
+std::string wishes(const Adapter& adapter) {
+    std::string text;
+    const auto mode = [&text](const char* name, uint32_t value) {
+        if (value != 0) {
+            text += std::string(", ") + name + ' ' + std::to_string(value);
+        }
+    };
+    mode("bond mode", adapter.bond_mode);
+    mode("loopback mode", adapter.loopback_mode);
+    for (const Octets16& uuid : adapter.uuids) {
+        text += ", announces " + uuid_text(uuid);
+    }
+    return text;
+}
+
+std::string out_of_band_data(const Device& device) {
+    if (device.oob_c192 == Octets16{} && device.oob_r192 == Octets16{}) {
+        return {};
+    }
+    return ", out-of-band data " + hex_text(raw(device.oob_c192)) + ' ' +
+           hex_text(raw(device.oob_r192));
 }
 
 class Neighbourhood : public Module {
@@ -60,14 +85,15 @@ private:
     void show(Given& given) {
         const Adapter& adapter = world().adapter;
         given.answer("adapter " + with_colons(adapter.address) + " \"" + printable(adapter.name) +
-                     "\" " + (adapter.powered ? "on" : "off") + ", scan mode " +
-                     std::to_string(adapter.scan_mode));
+                     "\" " + (adapter.powered ? "on" : "off") +
+                     (adapter.suspended ? ", suspended" : "") + ", scan mode " +
+                     std::to_string(adapter.scan_mode) + wishes(adapter));
         for (const Device& device : world().devices) {
-            given.answer("device " + with_colons(device.address) + " \"" + printable(device.name) +
-                         "\" " + std::to_string(device.rssi) + " dBm" +
-                         (device.in_range ? "" : ", out of range") +
-                         (device.connected ? ", connected" : "") +
-                         (world().is_bonded(device.address) ? ", bonded" : ""));
+            given.answer(
+                "device " + with_colons(device.address) + " \"" + printable(device.name) + "\" " +
+                std::to_string(device.rssi) + " dBm" + (device.in_range ? "" : ", out of range") +
+                (device.connected ? ", connected" : "") +
+                (world().is_bonded(device.address) ? ", bonded" : "") + out_of_band_data(device));
         }
         const Phone& phone = world().phone;
         given.answer("phone battery " + std::to_string(phone.battery) + ", signal " +
