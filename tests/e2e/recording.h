@@ -292,9 +292,12 @@ inline Callbacks::Callbacks() {
     LISTEN(gatt_server, mtu_changed_cb);
     LISTEN(hid, application_state_changed_cb);
     LISTEN(hid, hid_connection_state_cb);
-    // Fifty packets come in a second: their content would bury everything else.
+    // Fifty packets come in a second: one of a kind will do, without its content.
     audio.vym_audio_stream_cb = [](uint8_t type, uint8_t codec, uint16_t length, uint8_t* /*data*/) {
-        Heard().Add(CallText("audio.packet", type, codec, length));
+        const std::string packet = CallText("audio.packet", type, codec, length);
+        if (!Heard().Contains(packet)) {
+            Heard().Add(packet);
+        }
     };
 }
 
