@@ -70,7 +70,8 @@ void join(reader_t* reader) {
     free(reader);
 }
 
-// Takes a reader out of the list, never the one whose thread is calling: a finished one, or any.
+// Takes a reader out of the list, never the one whose thread is calling: a finished one, or any. It is
+// stopped: a descriptor that comes while the end waits for others has started one that nobody stopped.
 reader_t* take_other_reader(bool only_finished) {
     vym::lock_guard held(s_data_transport.lock);
     for (reader_t** link = &s_data_transport.readers; *link != nullptr; link = &(*link)->next) {
@@ -78,6 +79,7 @@ reader_t* take_other_reader(bool only_finished) {
         const bool wanted = !only_finished || reader->finished != 0;
         if (wanted && pthread_equal(reader->thread, pthread_self()) == 0) {
             *link = reader->next;
+            stop(reader);
             return reader;
         }
     }

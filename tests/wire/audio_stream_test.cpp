@@ -243,6 +243,30 @@ TEST_F(AudioStream, AHandOverAfterTheEndStartsAgain) {
     EXPECT_EQ(SendVoice("voice"), 5);
 }
 
+TEST_F(AudioStream, AHandOverDuringTheEndDoesNotOutliveIt) {
+    support::Gate gate;
+    AudioRecord().SetHook([&gate](const std::string&) { EXPECT_TRUE(gate.Wait()); });
+    Feed(HandOver(), Packet(0, 5, "abc"));
+    EXPECT_TRUE(AudioRecord().WaitFor(1));
+    std::atomic<pid_t> waiting{0};
+    std::atomic<bool> ended{false};
+    std::thread end([&] {
+        waiting = gettid();
+        vym_audio_stream_done();
+        ended = true;
+    });
+    EXPECT_TRUE(Output().WaitForOut("close_data_transport fd closed."));
+    EXPECT_TRUE(support::WaitUntil([&] { return support::IsAsleep(waiting); }));
+    SocketPair& second = HandOver();
+    gate.Open();
+    const bool in_time = support::WaitUntil([&] { return ended.load(); });
+    EXPECT_TRUE(in_time) << "the end waits for a reader that nobody has stopped";
+    if (!in_time) {
+        second.CloseNear();
+    }
+    end.join();
+}
+
 TEST_F(AudioStream, AServerThatClosesEndsTheReaderOnly) {
     SocketPair& first = HandOver();
     Feed(first, Packet(0, 5, "abc") + Packet(0, 5, "half").substr(0, 6));
