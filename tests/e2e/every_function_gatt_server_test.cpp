@@ -142,7 +142,7 @@ TEST_F(EveryGattServerFunction, AnswersAReaderAndNotifiesIt) {
     EXPECT_TRUE(Hears("gatt_server.response_send_completed", 0, kSwitch));
     EXPECT_EQ(vym_gatt_server_send_notification(1, kValue, 1, 2, Bytes("\x67\x08")), BT_STATUS_SUCCESS);
     EXPECT_TRUE(Hears("gatt_server.notification_sent", 1, 0));
-    EXPECT_TRUE(Notes("notified of 67 08"));
+    EXPECT_TRUE(Notes("Tablet receives a notification of handle 34: 67 08\n"));
 }
 
 TEST_F(EveryGattServerFunction, IndicatesAValue) {
@@ -162,7 +162,7 @@ TEST_F(EveryGattServerFunction, IndicatesAValue) {
     EXPECT_EQ(CALL(vym_gatt_server_send_indication)(1, kValue, 1, 1, 2, Bytes("\x68\x08")),
               BT_STATUS_SUCCESS);
     EXPECT_TRUE(Hears("gatt_server.notification_sent", 1, 0));
-    EXPECT_TRUE(Notes("68 08"));
+    EXPECT_TRUE(Notes("Tablet receives an indication of handle 34: 68 08\n"));
 }
 
 TEST_F(EveryGattServerFunction, SaysWhatIsAdvertised) {
