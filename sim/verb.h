@@ -6,12 +6,12 @@
 #ifndef VYM_SIM_VERB_H
 #define VYM_SIM_VERB_H
 
+#include "console/words.h"
 #include "world.h"
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,18 +19,9 @@
 
 namespace sim {
 
-/// A line that is not understood, or that cannot be done now. The text says why, in one line.
-class Refused : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// The words of a line. Quotes keep blanks together, # begins a comment; \n, \r, \t, \xNN, and a
-/// backslash before any other sign are escapes. Throws Refused.
-std::vector<std::string> split_words(std::string_view line);
-
-/// "5s", "1.5s", "200ms", or seconds without a unit. Throws Refused.
-std::chrono::milliseconds to_duration(const std::string& word);
+using console::Refused;
+using console::split_words;
+using console::to_duration;
 
 /// One argument, read: which members count depends on what it is.
 struct Argument {

@@ -108,21 +108,6 @@ std::string unescape(std::string_view escaped) {
     return raw;
 }
 
-std::string printable(std::string_view text, size_t limit) {
-    std::string line;
-    for (const char c : text.substr(0, limit)) {
-        if (c >= 0x20 && c < 0x7F) {
-            line += c;
-        } else {
-            line += "\\x" + hex(static_cast<uint8_t>(c), 2);
-        }
-    }
-    if (text.size() > limit) {
-        line += "... (" + std::to_string(text.size()) + " bytes)";
-    }
-    return line;
-}
-
 std::string le16(uint16_t value) {
     return {static_cast<char>(value & 0xFF), static_cast<char>(value >> 8)};
 }

@@ -6,6 +6,8 @@
 #ifndef VYM_SIM_WIRE_H
 #define VYM_SIM_WIRE_H
 
+#include "console/words.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -49,8 +51,7 @@ std::string escape(std::string_view raw);
 /// Undoes escape(). Throws BadCommand for a pair that escape() never writes and for a dangling 0xDC.
 std::string unescape(std::string_view escaped);
 
-/// Text made fit for one line of a log: everything not printable as \xNN, cut after `limit` characters.
-std::string printable(std::string_view text, size_t limit = 80);
+using console::printable;
 
 /// Little-endian values, as property records carry them.
 std::string le16(uint16_t value);

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
-// Lines to words.
-#include "verb.h"
+#include "console/words.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <utility>
 
-namespace sim {
+namespace console {
 namespace {
 
 int digit(char c) {
@@ -126,4 +126,20 @@ std::chrono::milliseconds to_duration(const std::string& word) {
     return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
-} // namespace sim
+std::string printable(std::string_view text, size_t limit) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string line;
+    for (const char c : text.substr(0, limit)) {
+        if (c >= 0x20 && c < 0x7F) {
+            line += c;
+        } else {
+            line += {'\\', 'x', kDigits[static_cast<uint8_t>(c) >> 4], kDigits[c & 0xF]};
+        }
+    }
+    if (text.size() > limit) {
+        line += "... (" + std::to_string(text.size()) + " bytes)";
+    }
+    return line;
+}
+
+} // namespace console
