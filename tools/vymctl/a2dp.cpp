@@ -34,7 +34,7 @@ std::vector<EventRow> events() {
         on<&callbacks::audio_state_changed_cb>("a2dp.stream", "address state=stopped:1|started"),
         on<&callbacks::audio_config_changed_cb>("a2dp.config", "address rate channels"),
         on<&callbacks::audio_stream_cb>("a2dp.packet", "codec data"),
-        on<&callbacks::a2dp_devices_event_cb>("a2dp.devices", "active event"),
+        on<&callbacks::a2dp_devices_event_cb>("a2dp.devices", "active code"),
     };
 }
 

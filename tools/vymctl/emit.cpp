@@ -77,6 +77,39 @@ std::string man() {
     return page.str();
 }
 
+/// For the guide: a table of the options, of each profile's verbs, and of its events.
+std::string list() {
+    const auto cell = [](std::string text) {
+        for (size_t at = 0; (at = text.find('|', at)) != std::string::npos; at += 2) {
+            text.insert(at, "\\");
+        }
+        return text;
+    };
+    std::ostringstream page;
+    page << "## Options\n\n| option | what it does |\n| --- | --- |\n";
+    for (const OptionRow& row : option_rows()) {
+        page << "| `" << option_usage(row) << "` | " << cell(row.help) << " |\n";
+    }
+    for (const Chapter& chapter : chapters()) {
+        page << "\n## " << chapter.title << "\n\n| verb | what it does |\n| --- | --- |\n";
+        for (const Row& row : chapter.rows) {
+            page << "| `" << cell(row.usage) << "` | " << cell(row.help) << " |\n";
+        }
+    }
+    page << "\n## Events\n\n| event | fields |\n| --- | --- |";
+    for (const Profile& profile : profiles()) {
+        for (const EventRow& row : profile.events) {
+            std::string fields;
+            for (const Field& field : row.type.fields) {
+                fields += (fields.empty() ? "`" : " `") + field.name +
+                          (field.kind == Kind::Words ? '=' + cell(field.domain()) : "") + '`';
+            }
+            page << "\n| `" << row.type.name << "` | " << fields << " |";
+        }
+    }
+    return page.str();
+}
+
 // The shells ask the program itself: it knows its tables best.
 constexpr const char* kBash = R"bash(_vymctl() {
     local line=${COMP_LINE:0:COMP_POINT}
@@ -163,7 +196,10 @@ std::string emit(const std::string& what) {
     if (what == "schema") {
         return schema();
     }
-    throw Usage("--emit is man, bash, zsh or schema");
+    if (what == "list") {
+        return list();
+    }
+    throw Usage("--emit is man, bash, zsh, schema or list");
 }
 
 std::string help_text() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
+#include "hub.h"
 #include "profiles.h"
 
 #include <vym/vym_hfp.h>
@@ -25,6 +26,25 @@ struct slot::Record<bluetooth_call_t> {
 namespace {
 
 using callbacks = hfp_callback_t;
+
+/// The library sees a call only when the list that brought it is complete: while one is coming in, a
+/// refusal may be too early.
+bt_status_t once_listed(const std::function<bt_status_t()>& act) {
+    constexpr auto kLongestList = std::chrono::seconds(2);
+    size_t lists = 0;
+    bool is_coming = false;
+    hub().change([&] {
+        lists = hub().count("hfp.calls");
+        is_coming = hub().is_newer("hfp.call", "hfp.calls");
+    });
+    const bt_status_t status = act();
+    if (status != BT_STATUS_FAIL || !is_coming) {
+        return status;
+    }
+    hub().wait_until(std::chrono::steady_clock::now() + kLongestList,
+                     [lists] { return hub().count("hfp.calls") > lists; });
+    return act();
+}
 
 std::vector<Verb> verbs() {
     return {
@@ -65,16 +85,21 @@ std::vector<Verb> verbs() {
         verb("mute", VYMCTL_CALL(vym_hfp_switch_mic_state), "state=off|on", "mutes the microphone"),
         verb(
             "accept", "vym_hfp_accept_call",
-            [](accept_flag_t other) { return vym_hfp_accept_call({}, other); },
+            [](accept_flag_t other) {
+                return once_listed([other] { return vym_hfp_accept_call({}, other); });
+            },
             "other=none|hold|terminate?none",
             "accepts the call that rings or waits, or takes up one that is held"),
         verb(
-            "reject", "vym_hfp_reject_call", [] { return vym_hfp_reject_call({}); }, "",
+            "reject", "vym_hfp_reject_call",
+            [] { return once_listed([] { return vym_hfp_reject_call({}); }); }, "",
             "rejects the call that rings or waits, or releases one that is held"),
         verb(
             "hang-up", "vym_hfp_terminate_call",
-            [](int index) { return vym_hfp_terminate_call({}, index); }, "index=0..255?0",
-            "ends a call; without an index whatever is active"),
+            [](int index) {
+                return once_listed([index] { return vym_hfp_terminate_call({}, index); });
+            },
+            "index=0..255?0", "ends a call; without an index whatever is active"),
     };
 }
 

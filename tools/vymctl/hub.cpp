@@ -23,6 +23,7 @@ void Hub::publish(const EventType& type, std::vector<Json> values) {
     const std::lock_guard lock(mutex_);
     latest_[event.subject()] = event;
     ++counts_[type.name];
+    places_[type.name] = ++all_;
     if (watch_) {
         watch_(event);
     }
@@ -102,6 +103,14 @@ bool Hub::is_true(const Condition& condition) {
 size_t Hub::count(const std::string& event) const {
     const auto it = counts_.find(event);
     return it == counts_.end() ? 0 : it->second;
+}
+
+bool Hub::is_newer(const std::string& event, const std::string& than) const {
+    const auto place = [this](const std::string& name) {
+        const auto it = places_.find(name);
+        return it == places_.end() ? 0 : it->second;
+    };
+    return place(event) > place(than);
 }
 
 std::set<std::string> Hub::known(Kind kind) {

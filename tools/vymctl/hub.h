@@ -43,6 +43,8 @@ public:
     /// With the hub locked: inside `met`, a sink or `action`.
     bool is_true(const Condition& condition);
     size_t count(const std::string& event) const;
+    /// Whether the last event of the one name came after the last of the other.
+    bool is_newer(const std::string& event, const std::string& than) const;
 
     /// As fields of the events so far had them.
     std::set<std::string> known(Kind kind);
@@ -61,6 +63,9 @@ private:
     std::condition_variable changed_;
     std::map<std::string, Event> latest_;
     std::map<std::string, size_t> counts_;
+    /// Which event of all the last one of a name was.
+    std::map<std::string, size_t> places_;
+    size_t all_ = 0;
     /// Of events without a test: how many an earlier wait has used up.
     std::map<std::string, size_t> used_;
     Sink sink_;

@@ -63,8 +63,8 @@ const std::vector<OptionRow>& option_rows() {
          [](Options& o, const string& v) { o.capture = v; }},
         {"--verbose", nullptr, "shows what the library prints, on standard error",
          [](Options& o, const string&) { o.verbose = true; }},
-        {"--emit", "WHAT", "writes man, bash, zsh or schema, and does nothing else",
-         [](Options& o, const string& v) { o.emit = v; }, "man|bash|zsh|schema"},
+        {"--emit", "WHAT", "writes man, bash, zsh, schema or list, and does nothing else",
+         [](Options& o, const string& v) { o.emit = v; }, "man|bash|zsh|schema|list"},
         {"--complete", "LINE", "writes what the last word of LINE may be; for shells",
          [](Options& o, const string& v) {
              o.complete = true;

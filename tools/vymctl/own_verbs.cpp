@@ -11,26 +11,6 @@
 
 namespace vymctl {
 
-const std::vector<Session::OwnVerb>& Session::own_verbs() {
-    constexpr size_t kAny = 1000;
-    static const std::vector<OwnVerb> s_verbs = {
-        {"help", "[PROFILE [VERB]]", "lists the verbs, or those of a profile, or explains one", 0, 2,
-         &Session::help},
-        {"monitor", "[PROFILE|EVENT ...]", "shows events until it is stopped; with --timeout that long",
-         0, kAny, &Session::monitor},
-        {"wait-for", "CONDITION", "waits until it is true: 'hfp.call.state==active', or hfp.ring", 1,
-         kAny, &Session::wait_for},
-        {"pause", "TIME", "does nothing for that long (2s, 200ms)", 1, 1, &Session::pause},
-        {"state", "[PROFILE|EVENT ...]", "shows the last event of each kind in this session", 0, kAny,
-         &Session::state},
-        {"answer", "yes|no|SECRET", "answers a device that wants to pair", 1, 1, &Session::answer},
-        {"doctor", "", "looks at directory, socket, server and capture: one page for a bug report", 0,
-         0, &Session::doctor},
-        {"exit", "", "ends the session", 0, 0, &Session::end},
-    };
-    return s_verbs;
-}
-
 namespace {
 
 /// Throws Usage for what is neither a profile nor an event.
@@ -55,7 +35,54 @@ std::string joined(const Words& words) {
     return text;
 }
 
+Condition condition_of(const Words& words) {
+    std::string text = joined(words);
+    // As it is written for a shell.
+    if (text.size() > 1 && text.front() == '\'' && text.back() == '\'') {
+        text = text.substr(1, text.size() - 2);
+    }
+    return read_condition(text);
+}
+
+std::chrono::milliseconds time_of(const Words& words) {
+    try {
+        return console::to_duration(words[0]);
+    } catch (const console::Refused& error) {
+        throw Usage(error.what());
+    }
+}
+
+void check_topics(const Words& words) {
+    topics(words);
+}
+void check_condition(const Words& words) {
+    condition_of(words);
+}
+void check_time(const Words& words) {
+    time_of(words);
+}
+
 } // namespace
+
+const std::vector<Session::OwnVerb>& Session::own_verbs() {
+    constexpr size_t kAny = 1000;
+    static const std::vector<OwnVerb> s_verbs = {
+        {"help", "[PROFILE [VERB]]", "lists the verbs, or those of a profile, or explains one", 0, 2,
+         &Session::help},
+        {"monitor", "[PROFILE|EVENT ...]", "shows events until it is stopped; with --timeout that long",
+         0, kAny, &Session::monitor, check_topics},
+        {"wait-for", "CONDITION", "waits until it is true: 'hfp.call.state==active', or hfp.ring", 1,
+         kAny, &Session::wait_for, check_condition},
+        {"pause", "TIME", "does nothing for that long (2s, 200ms)", 1, 1, &Session::pause, check_time},
+        {"state", "[PROFILE|EVENT ...]", "shows the last event of each kind in this session", 0, kAny,
+         &Session::state, check_topics},
+        {"answer", "yes|no|SECRET", "answers a device that wants to pair", 1, 1, &Session::answer},
+        {"doctor", "", "looks at directory, socket, server and capture: one page for a bug report", 0,
+         0, &Session::doctor},
+        {"exit", "", "ends the session", 0, 0, &Session::end},
+    };
+    return s_verbs;
+}
 
 int Session::help(const Words& arguments, Deadline /*deadline*/) {
     if (arguments.empty()) {
@@ -119,20 +146,15 @@ int Session::monitor(const Words& arguments, Deadline deadline) {
 }
 
 int Session::wait_for(const Words& arguments, Deadline deadline) {
-    const Condition condition = read_condition(joined(arguments));
+    const Condition condition = condition_of(arguments);
     connect();
     const Wait result = wait(deadline, [&condition] { return hub().is_true(condition); });
     return result == Wait::Met ? kDone : failure(result, "wait-for " + joined(arguments));
 }
 
 int Session::pause(const Words& arguments, Deadline /*deadline*/) {
-    std::chrono::milliseconds time{};
-    try {
-        time = console::to_duration(arguments[0]);
-    } catch (const console::Refused& error) {
-        throw Usage(error.what());
-    }
-    const Wait result = wait(std::chrono::steady_clock::now() + time, [] { return false; });
+    const Wait result =
+        wait(std::chrono::steady_clock::now() + time_of(arguments), [] { return false; });
     return result == Wait::TimedOut ? kDone : failure(result, "pause");
 }
 

@@ -11,7 +11,7 @@ namespace vymctl {
 
 template <>
 struct slot::Record<phone_book_t> {
-    static constexpr const char* kFields = "target index name=text type number=text time=text";
+    static constexpr const char* kFields = "target index name=text type number=text call_time=text";
     static void add(Collector& to, const phone_book_t& entry) {
         to.add(static_cast<int64_t>(entry.target));
         to.add(static_cast<int64_t>(entry.index));

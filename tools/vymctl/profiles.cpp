@@ -11,14 +11,19 @@
 namespace vymctl {
 namespace {
 
-std::string all_events() {
-    std::string text;
+/// The events of the profile that is meant, else the profiles.
+std::string what_there_is(const std::string& wanted) {
+    std::string events;
+    std::string names;
     for (const Profile& profile : profiles()) {
+        names += (names.empty() ? "" : ", ") + profile.name;
         for (const EventRow& row : profile.events) {
-            text += (text.empty() ? "" : ", ") + row.type.name;
+            if (wanted.rfind(profile.name + '.', 0) == 0) {
+                events += (events.empty() ? "" : ", ") + row.type.name;
+            }
         }
     }
-    return text;
+    return events.empty() ? "events begin with a profile: " + names : "there are " + events;
 }
 
 std::vector<Profile> make_profiles() {
@@ -86,7 +91,7 @@ const EventType& event_type(const std::string& name) {
             }
         }
     }
-    throw Usage("there is no event \"" + console::printable(name) + "\"; the events: " + all_events());
+    throw Usage("there is no event \"" + console::printable(name) + "\"; " + what_there_is(name));
 }
 
 } // namespace vymctl

@@ -37,14 +37,22 @@ Session::Session(Options options) : options_(std::move(options)), pairing_(optio
     }
     hub().watch_with([this](const Event& event) { see(event); });
     hub().show_to([this](const Event& event) {
-        const std::string& name = event.type->name;
-        const std::string profile = name.substr(0, name.find('.'));
-        // Our own question whether the server is there is no news.
-        const bool own = confirming_ && name == "adapter.version";
-        if (!own && (shown_.count("*") + shown_.count(name) + shown_.count(profile)) > 0) {
+        if (is_shown(event)) {
             show(event);
         }
     });
+}
+
+bool Session::is_shown(const Event& event) const {
+    const std::string& name = event.type->name;
+    if (shown_.count(name) > 0) {
+        return true;
+    }
+    // The answer to our own question whether the server is there is no news.
+    if (name == "adapter.version" && (confirming_ || shown_.count("*") == 0)) {
+        return false;
+    }
+    return shown_.count("*") + shown_.count(name.substr(0, name.find('.'))) > 0;
 }
 
 Session::~Session() {
@@ -102,6 +110,9 @@ Session::Order Session::read(Words line, std::chrono::milliseconds timeout) {
             order.arguments.assign(line.begin() + 1, line.end());
             if (order.arguments.size() < own.least || order.arguments.size() > own.most) {
                 throw Usage("it is: " + own.usage());
+            }
+            if (own.check != nullptr) {
+                own.check(order.arguments);
             }
             return order;
         }

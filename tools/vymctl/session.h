@@ -28,6 +28,8 @@ public:
         size_t least = 0;
         size_t most = 0;
         int (Session::*run)(const Words& arguments, Deadline deadline) = nullptr;
+        /// Throws Usage.
+        void (*check)(const Words& arguments) = nullptr;
 
         std::string usage() const { return name + (arguments.empty() ? "" : " ") + arguments; }
     };
@@ -71,6 +73,7 @@ private:
     void put_question(Deadline deadline);
     int failure(Wait wait, const std::string& what) const;
     void see(const Event& event);
+    bool is_shown(const Event& event) const;
     void show(const Event& event) const;
     void report(const Verb& verb, int code, const Outcome& outcome) const;
 
