@@ -246,7 +246,7 @@ TEST(VymctlWaits, ForAnUnansweredConnectionAndThenEnds) {
 TEST(VymctlMonitor, ShowsWhatIsAskedForUntilItIsStopped) {
     RunningSim sim;
     Process monitor(CommandLine(sim.Directory(), {"--json", "monitor", "adapter.state"}));
-    Ctl(sim, {"wait", "client"});
+    Ctl(sim, {"wait", "command", "bluetooth.get_version"});
     Ctl(sim, {"event", "PA01"});
     Ctl(sim, {"event", "HG0003"});
     Ctl(sim, {"event", "PA00"});
@@ -261,7 +261,7 @@ TEST(VymctlMonitor, ShowsWhatIsAskedForUntilItIsStopped) {
 TEST(VymctlMonitor, EndsWithTheServer) {
     RunningSim sim;
     Process monitor(CommandLine(sim.Directory(), {"monitor", "core", "adapter"}));
-    Ctl(sim, {"wait", "client"});
+    Ctl(sim, {"wait", "command", "bluetooth.get_version"});
     Ctl(sim, {"event", "PA01"});
     EXPECT_TRUE(monitor.WaitForOut("adapter.state state=on\n"));
     sim.Program().Signal(SIGTERM);

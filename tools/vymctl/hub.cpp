@@ -140,8 +140,18 @@ void Hub::server_gone(bool gone) {
     change([this, gone] { gone_ = gone; });
 }
 
+bool Hub::is_server_gone() {
+    const std::lock_guard lock(mutex_);
+    return gone_;
+}
+
 void Hub::interrupt() {
-    change([this] { interrupted_ = true; });
+    change([this] {
+        interrupted_ = true;
+        if (wake_) {
+            wake_();
+        }
+    });
 }
 
 bool Hub::take_interrupt() {

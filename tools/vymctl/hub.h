@@ -51,6 +51,7 @@ public:
     std::vector<Event> latest();
 
     void server_gone(bool gone);
+    bool is_server_gone();
     void interrupt();
     /// True once for each interrupt.
     bool take_interrupt();

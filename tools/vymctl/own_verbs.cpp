@@ -132,9 +132,12 @@ int Session::monitor(const Words& arguments, Deadline deadline) {
         before = std::exchange(shown_, wanted);
         show_time_ = true;
     });
+    // A server that serves somebody else would be silent for ever.
+    const int silent = confirm(deadline);
     const bool for_a_time = options_.timeout_given;
-    const Wait result =
-        wait(for_a_time ? deadline : Deadline::max(), [] { return !output().is_open(); });
+    const Wait result = silent != kDone ? Wait::Met : wait(for_a_time ? deadline : Deadline::max(), [] {
+        return !output().is_open();
+    });
     hub().change([&] {
         shown_ = before;
         show_time_ = false;
@@ -142,7 +145,7 @@ int Session::monitor(const Words& arguments, Deadline deadline) {
     if (result == Wait::Interrupted) {
         hub().take_interrupt();
     }
-    return result == Wait::ServerGone ? failure(result, "monitor") : kDone;
+    return result == Wait::ServerGone ? failure(result, "monitor") : silent;
 }
 
 int Session::wait_for(const Words& arguments, Deadline deadline) {

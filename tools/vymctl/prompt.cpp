@@ -47,9 +47,7 @@ private:
     /// False at the end.
     bool wait_for_input(int& code) {
         std::array<pollfd, 2> entries{{{STDIN_FILENO, POLLIN, 0}, {wake_, POLLIN, 0}}};
-        // An interrupt has no event: it is looked for now and then.
-        constexpr int kNap = 200;
-        const int ready = poll(entries.data(), entries.size(), kNap);
+        const int ready = poll(entries.data(), entries.size(), -1);
         if (hub().take_interrupt()) {
             code = kInterrupted;
             return false;

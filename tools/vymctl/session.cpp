@@ -66,7 +66,8 @@ void Session::be_at_prompt() {
 }
 
 void Session::connect() {
-    if (!library().is_started()) {
+    // At the prompt the server may have been started anew.
+    if (!library().is_started() || hub().is_server_gone()) {
         library().start(options_.directory, options_.capture);
     }
 }
