@@ -30,6 +30,11 @@ Words CommandLine(const std::string& directory, Words words) {
     return support::BuiltProgram(VYM_EMULATOR, VYMCTL_PATH, words);
 }
 
+std::string ContentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 struct Ran {
     int code;
     std::string out;
@@ -145,13 +150,10 @@ TEST(VymctlOnce, LeavesTheCaptureOfAnApplicationAlone) {
     const std::string capture = sim.Directory() + "/client_sock.log";
     std::ofstream(capture) << "an application's";
     EXPECT_EQ(Vymctl(sim.Directory(), {"adapter", "name"}).code, 0);
-    std::ifstream file(capture);
-    const std::string content{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_EQ(content, "an application's");
+    EXPECT_EQ(ContentOf(capture), "an application's");
     const std::string own = sim.Directory() + "/own.log";
     EXPECT_EQ(Vymctl(sim.Directory(), {"adapter", "name", "--capture", own}).code, 0);
-    std::ifstream captured(own, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(captured), {}};
+    const std::string bytes = ContentOf(own);
     EXPECT_EQ(bytes.substr(0, 8), std::string("btsnoop\0", 8));
     EXPECT_NE(bytes.find("AT#PV"), std::string::npos);
 }
@@ -231,6 +233,51 @@ TEST(VymctlScript, ReadsAPulseAndThePhoneBook) {
                   "gattc.search-end conn_id=1 status=success\n", "gattc.read conn_id=1 status=success",
                   "pbap.size book=phone size=50 status=success\n", "pbap.entry ", "pbap.entry ",
                   "pbap.end status=success\n"}));
+}
+
+TEST(VymctlFiles, APhoneBookIsSavedAsVcardsOrJson) {
+    RunningSim sim;
+    const TempDir place;
+    const std::string cards = place.Path() + "/book.vcf";
+    const std::string json = place.Path() + "/book.json";
+    const Ran ran = RunScript(sim.Directory(),
+                              "adapter enable\n"
+                              "adapter bond 2A:41:6E:6E:61:01\n"
+                              "pbap connect 2A:41:6E:6E:61:01\n"
+                              "save-book phone " +
+                                  cards + "\nsave-book phone " + json + '\n',
+                              {"--pairing", "accept"});
+    EXPECT_EQ(ran.code, 0) << ran.out << ran.err;
+    EXPECT_TRUE(
+        HasInOrder(ran.out, {"file=" + cards + " contacts=50\n", "file=" + json + " contacts=50\n"}));
+    EXPECT_EQ(ran.out.find("pbap.entry"), std::string::npos);
+    EXPECT_EQ(ran.err, "") << "no progress without a terminal";
+    const std::string text = ContentOf(cards);
+    const std::regex card("BEGIN:VCARD\r\nVERSION:3.0\r\n");
+    EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), card), {}), 50);
+    EXPECT_EQ(text.substr(text.size() - 11), "END:VCARD\r\n");
+    EXPECT_TRUE(HasInOrder(ContentOf(json), {"\"index\": ", "\"name\": ", "\"numbers\": "}));
+}
+
+TEST(VymctlFiles, MusicIsRecordedInTheFormatThatWasAgreedOn) {
+    RunningSim sim;
+    const TempDir place;
+    const std::string path = place.Path() + "/music.wav";
+    const Ran ran = RunScript(sim.Directory(),
+                              "adapter enable\n"
+                              "adapter bond 2A:41:6E:6E:61:01\n"
+                              "a2dp connect 2A:41:6E:6E:61:01\n"
+                              "wait-for avrcp.connection.state==connected\n"
+                              "avrcp play 2A:41:6E:6E:61:01\n"
+                              "record music " +
+                                  path + " 100ms\n",
+                              {"--pairing", "accept"});
+    EXPECT_EQ(ran.code, 0) << ran.out << ran.err;
+    const std::string sound = ContentOf(path);
+    EXPECT_EQ(sound.substr(0, 4), "RIFF");
+    EXPECT_EQ(sound.substr(22, 6), std::string("\x02\0\x44\xAC\0\0", 6))
+        << "two channels, 44100 a second";
+    EXPECT_GE(sound.size(), 44U + 4U * 4410U);
 }
 
 TEST(VymctlWaits, ForAnUnansweredConnectionAndThenEnds) {

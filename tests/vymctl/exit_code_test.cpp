@@ -212,6 +212,15 @@ TEST(ExitCode, OfThisProgramsOwnVerbs) {
     EXPECT_EQ(code(with(nobody, {"doctor"})), 3);
     EXPECT_EQ(code(with(silent, {"doctor"})), 4);
     EXPECT_EQ(code(with(nobody, {"answer", "yes"})), 1);
+    EXPECT_EQ(code(with(nobody, {"save-book", "phone", "book.vcf"})), 3);
+    EXPECT_EQ(code(with(nobody, {"save-book", "phone", "book.doc"})), 2);
+    EXPECT_EQ(code(with(nobody, {"save-book", "cookery", "book.vcf"})), 2);
+    EXPECT_EQ(code(with(silent, {"save-book", "phone", "book.vcf"})), 4);
+    EXPECT_EQ(code(with(nobody, {"record", "voice", "call.wav", "1s"})), 3);
+    EXPECT_EQ(code(with(nobody, {"record", "noise", "call.wav", "1s"})), 2);
+    EXPECT_EQ(code(with(nobody, {"record", "voice", "call.mp3", "1s"})), 2);
+    EXPECT_EQ(code(with(nobody, {"record", "voice", "call.wav", "long"})), 2);
+    EXPECT_EQ(code(with(silent, {"record", "voice", "call.wav", "1s"})), 4);
     EXPECT_EQ(code({"pause", "10ms"}), 0);
     EXPECT_EQ(code({"pause", "long"}), 2);
     EXPECT_EQ(code({"state"}), 0);

@@ -146,18 +146,27 @@ Outcome get_attributes(bt_bdaddr_t address, std::string ids) {
         address, static_cast<int>(ids.size() / 4), static_cast<uint16_t>(ids.size()), data_of(ids)));
 }
 
+/// The server writes it; where it is, is the answer.
+Outcome picture(bt_status_t status, const std::string& path) {
+    Outcome outcome = status_outcome(status);
+    outcome.value = Json{{"file", path}};
+    return outcome;
+}
+
 Outcome thumbnail(bt_bdaddr_t address, std::string handle, std::string path) {
-    return status_outcome(
-        vym_avrcp_get_linked_thumbnail(address, static_cast<uint16_t>(handle.size()), data_of(handle),
-                                       static_cast<uint16_t>(path.size()), data_of(path)));
+    return picture(vym_avrcp_get_linked_thumbnail(address, static_cast<uint16_t>(handle.size()),
+                                                  data_of(handle), static_cast<uint16_t>(path.size()),
+                                                  data_of(path)),
+                   path);
 }
 
 Outcome image(bt_bdaddr_t address, std::string handle, std::string path, int most, std::string encoding,
               std::string pixels) {
     const auto size = [](const std::string& text) { return static_cast<uint16_t>(text.size()); };
-    return status_outcome(vym_avrcp_get_image(address, most, size(handle), data_of(handle),
-                                              size(encoding), data_of(encoding), size(pixels),
-                                              data_of(pixels), size(path), data_of(path)));
+    return picture(vym_avrcp_get_image(address, most, size(handle), data_of(handle), size(encoding),
+                                       data_of(encoding), size(pixels), data_of(pixels), size(path),
+                                       data_of(path)),
+                   path);
 }
 
 std::vector<Verb> key_verbs() {

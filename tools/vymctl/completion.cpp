@@ -87,6 +87,11 @@ Words candidates(const Words& before) {
     if (before[0] == "monitor" || before[0] == "state" || before[0] == "wait-for") {
         return topics(before[0] == "wait-for");
     }
+    if (before[0] == "save-book" || before[0] == "record") {
+        return before.size() > 1       ? Words()
+               : before[0] == "record" ? Words{"voice", "music"}
+                                       : values_of(find_verb("pbap", "size")->parameters[0]);
+    }
     if (before.size() == 1) {
         return verbs_of(before[0]);
     }

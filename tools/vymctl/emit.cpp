@@ -177,7 +177,9 @@ std::string schema() {
             add_result(verb.group + '.' + verb.name);
         }
     }
-    add_result("doctor");
+    for (const char* own : {"doctor", "save-book", "record"}) {
+        add_result(own);
+    }
     return Json{{"$schema", "https://json-schema.org/draft/2020-12/schema"},
                 {"title", "One line of vymctl --json"},
                 {"oneOf", lines}}

@@ -79,6 +79,11 @@ const std::vector<Session::OwnVerb>& Session::own_verbs() {
         {"answer", "yes|no|SECRET", "answers a device that wants to pair", 1, 1, &Session::answer},
         {"doctor", "", "looks at directory, socket, server and capture: one page for a bug report", 0,
          0, &Session::doctor},
+        {"save-book", "outgoing|missed|incoming|sim|phone|calls FILE",
+         "downloads a phone book into a .vcf or .json file", 2, 2, &Session::save_book,
+         check_book_file},
+        {"record", "voice|music FILE TIME", "writes that much of the sound received to a .wav file", 3,
+         3, &Session::record, check_recording},
         {"exit", "", "ends the session", 0, 0, &Session::end},
     };
     return s_verbs;

@@ -46,12 +46,12 @@ public:
 private:
     /// False at the end.
     bool wait_for_input(int& code) {
-        std::array<pollfd, 2> entries{{{STDIN_FILENO, POLLIN, 0}, {wake_, POLLIN, 0}}};
-        const int ready = poll(entries.data(), entries.size(), -1);
         if (hub().take_interrupt()) {
             code = kInterrupted;
             return false;
         }
+        std::array<pollfd, 2> entries{{{STDIN_FILENO, POLLIN, 0}, {wake_, POLLIN, 0}}};
+        const int ready = poll(entries.data(), entries.size(), -1);
         if (ready <= 0) {
             return true;
         }

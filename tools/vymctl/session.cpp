@@ -45,6 +45,9 @@ Session::Session(Options options) : options_(std::move(options)), pairing_(optio
 
 bool Session::is_shown(const Event& event) const {
     const std::string& name = event.type->name;
+    if (quiet_) {
+        return false;
+    }
     if (shown_.count(name) > 0) {
         return true;
     }
@@ -75,6 +78,9 @@ void Session::connect() {
 void Session::see(const Event& event) {
     if (ending_ != nullptr) {
         ending_->see(event);
+    }
+    if (collector_) {
+        collector_(event);
     }
     if (!Pairing::is_request(event) || pairing_.answer_by_policy(event)) {
         return;
@@ -299,12 +305,15 @@ int Session::confirm(Deadline deadline) {
 }
 
 void Session::report(const Verb& verb, int code, const Outcome& outcome) const {
+    if (quiet_) {
+        return;
+    }
     if (options_.json) {
         Json line{{"result", verb.group + '.' + verb.name}, {"code", code}};
         if (!outcome.refusal.empty()) {
             line["refusal"] = outcome.refusal;
         }
-        if (!outcome.value.is_null()) {
+        if (!outcome.value.is_null() && code == kDone) {
             line["value"] = outcome.value;
         }
         output().line(dump(line));
@@ -319,9 +328,12 @@ void Session::report(const Verb& verb, int code, const Outcome& outcome) const {
     };
     const Json list = outcome.value.is_array() ? outcome.value : Json::array({outcome.value});
     for (const Json& value : list) {
+        if (value.is_null() || code != kDone) {
+            continue;
+        }
         if (value.is_object()) {
             output().line(as_text(value));
-        } else if (!value.is_null() && code == kDone) {
+        } else {
             output().line(value.is_string() ? value.get<std::string>() : dump(value));
         }
     }

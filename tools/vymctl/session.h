@@ -85,6 +85,12 @@ private:
     int answer(const Words& arguments, Deadline deadline);
     int doctor(const Words& arguments, Deadline deadline);
     int end(const Words& arguments, Deadline deadline);
+    int save_book(const Words& arguments, Deadline deadline);
+    int record(const Words& arguments, Deadline deadline);
+
+    /// Carries a verb out without showing anything but what goes wrong.
+    int quietly(const char* group, const char* name, const Words& arguments, Deadline deadline);
+    void report_file(const char* verb, const std::string& path, const char* what, size_t count) const;
 
     Options options_;
     Pairing pairing_;
@@ -92,12 +98,18 @@ private:
     std::set<std::string> shown_;
     /// Sees events while a verb runs; guarded by the hub.
     Ending* ending_ = nullptr;
-    std::string problem_;
+    /// Sees every event, when there is one; guarded by the hub.
+    Hub::Sink collector_;
+    std::atomic<bool> quiet_ = false;
     std::atomic<bool> confirming_ = false;
     bool show_time_ = false;
     bool at_prompt_ = false;
     bool end_ = false;
 };
+
+/// What long work is given. Throws Usage.
+void check_book_file(const Words& words);
+void check_recording(const Words& words);
 
 /// The lines of a file; "-" is standard input. Returns the exit code.
 int run_script(Session& session, const std::string& path);
