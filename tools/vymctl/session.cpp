@@ -64,7 +64,6 @@ Session::~Session() {
 }
 
 void Session::be_at_prompt() {
-    at_prompt_ = true;
     shown_.insert("*");
 }
 
@@ -225,8 +224,11 @@ int Session::carry_out(const Verb& verb, const Values& values, Deadline deadline
         connect();
     }
     Ending ending(verb, values);
-    hub().change([&] { ending_ = &ending; });
-    const bool shown = shown_.insert(verb.group).second;
+    bool shown = false;
+    hub().change([&] {
+        ending_ = &ending;
+        shown = shown_.insert(verb.group).second;
+    });
     const std::shared_ptr<Call> call =
         start_call([function = verb.call, copy = values]() mutable { return function(copy); });
     int code = kUsage;

@@ -103,7 +103,6 @@ private:
     std::atomic<bool> quiet_ = false;
     std::atomic<bool> confirming_ = false;
     bool show_time_ = false;
-    bool at_prompt_ = false;
     bool end_ = false;
 };
 
