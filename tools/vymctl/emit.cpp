@@ -126,7 +126,7 @@ then compadd - Q - a found;
 else _files;
 fi
 }
-compdef _vymctl vymctl)zsh";
+if [[ $funcstack[1] == _vymctl ]]; then _vymctl "$@"; else compdef _vymctl vymctl; fi)zsh";
 
 Json schema_of(const Field& field) {
     switch (field.kind) {

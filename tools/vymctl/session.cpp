@@ -15,6 +15,7 @@
 namespace vymctl {
 
 /// A function of the library on a thread of its own: it may never come back.
+// NOLINTNEXTLINE(bugprone-exception-escape): see Outcome.
 struct Session::Call {
     std::thread thread;
     bool done = false;
