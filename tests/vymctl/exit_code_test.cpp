@@ -105,6 +105,7 @@ const std::map<std::string, Codes> kOthers = {
     // The library knows of no call.
     {"hfp accept", {vymctl::kNoServer, vymctl::kFailed}},
     {"hfp reject", {vymctl::kNoServer, vymctl::kFailed}},
+    {"hfp hang-up", {vymctl::kNoServer, vymctl::kFailed}},
     // There is no transport for audio.
     {"audio send", {vymctl::kNoServer, vymctl::kFailed}},
     // A socket is one of the same session.
