@@ -17,7 +17,7 @@ bt_bdaddr_t address_of(const Event& request) {
     return to_address(request.value("address").get<std::string>()).value();
 }
 
-void reply(const Event& request, bool accept, std::string secret) {
+void send_reply(const Event& request, bool accept, std::string secret) {
     const bt_bdaddr_t address = address_of(request);
     const auto yes = static_cast<uint8_t>(accept ? 1 : 0);
     if (request.type->name == "adapter.pin-request") {
@@ -30,8 +30,8 @@ void reply(const Event& request, bool accept, std::string secret) {
         const Json variant = request.value("variant");
         const auto number = variant.is_string() ? read_value(field, variant.get<std::string>()).number
                                                 : variant.get<int64_t>();
-        const int passkey =
-            secret.empty() ? request.value("passkey").get<int>() : std::atoi(secret.c_str());
+        const int passkey = secret.empty() ? request.value("passkey").get<int>()
+                                           : static_cast<int>(std::strtol(secret.c_str(), nullptr, 10));
         vym_bluetooth_ssp_reply(address, static_cast<uint8_t>(number), yes, passkey);
     }
 }
@@ -59,7 +59,7 @@ bool Pairing::answer_by_policy(const Event& request) const {
     const bool wants_pin = request.type->name == "adapter.pin-request";
     const std::string pin =
         policy_ == "accept" ? kUsualPin : policy_.substr(std::min<size_t>(4, policy_.size()));
-    reply(request, policy_ != "reject", wants_pin && policy_ != "reject" ? pin : "");
+    send_reply(request, policy_ != "reject", wants_pin && policy_ != "reject" ? pin : "");
     return true;
 }
 
@@ -82,14 +82,14 @@ std::string Pairing::question(const Event& request) {
            ": yes or no?";
 }
 
-void Pairing::answer(const Event& request, const std::string& answer) {
-    if (answer == "no" || answer == "yes") {
-        reply(request, answer == "yes",
-              request.type->name == "adapter.pin-request" && answer == "yes" ? kUsualPin : "");
-    } else if (answer.empty() || answer.size() > kLongestPin) {
+void Pairing::answer(const Event& request, const std::string& reply) {
+    if (reply == "no" || reply == "yes") {
+        send_reply(request, reply == "yes",
+                   request.type->name == "adapter.pin-request" && reply == "yes" ? kUsualPin : "");
+    } else if (reply.empty() || reply.size() > kLongestPin) {
         throw Usage("the answer is yes, no, a PIN or the number that the device shows");
     } else {
-        reply(request, true, answer);
+        send_reply(request, true, reply);
     }
 }
 
