@@ -19,7 +19,7 @@ public:
         : Module(hub), media_(std::move(media)),
           link_(hub, "A2DP", kAudioSource,
                 [this](const Address& a, ProfileLink::State s) { link_changed(a, s); }) {
-        media_->player.listen({[this] { stream_changed(); }, {}, {}});
+        media_->listen({[this] { stream_changed(); }, {}, {}});
     }
 
     std::vector<Command> commands() override {
@@ -39,7 +39,7 @@ private:
         // Not when it is only a second device that was refused.
         if (state == ProfileLink::State::Down && !link_.is_up()) {
             // As a phone does that loses its loudspeaker.
-            media_->player.pause();
+            media_->player().pause();
             stream_changed();
             media_->stream_link(address, false);
         }
@@ -55,7 +55,7 @@ private:
     }
 
     void stream_changed() {
-        const bool on = link_.is_up() && media_->player.is_sounding();
+        const bool on = link_.is_up() && media_->player().is_sounding();
         if (on != streaming_ && link_.is_up()) {
             send(Event("AB").address(link_.peer()).byte(on ? kStreamStarted : kStreamStopped));
         }

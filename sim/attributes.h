@@ -32,6 +32,7 @@ enum GattStatus : uint8_t {
     kGattNoResources = 0x80,
     /// Everything else: a wrong identifier, no power, no connection, the end of a list.
     kGattError = 0x85,
+    kGattCongested = 0x8F,
     kDescriptorImproper = 0xFD,
 };
 

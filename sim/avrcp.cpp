@@ -75,12 +75,13 @@ public:
         media_->stream_link = [this](const Address& address, bool up) {
             up ? link_.connect(address) : link_.lost(address);
         };
-        media_->player.listen({[this] { report_status(); },
-                               [this] {
-                                   report_track({kUid, kTitle, kArtist, kAlbum, kPlayingTime});
-                                   report_position();
-                               },
-                               [this] { report_position(); }});
+        media_->turned = [this] { report_player(); };
+        media_->listen({[this] { report_status(); },
+                        [this] {
+                            report_track({kUid, kTitle, kArtist, kAlbum, kPlayingTime});
+                            report_position();
+                        },
+                        [this] { report_position(); }});
     }
 
     std::vector<Command> commands() override {
@@ -109,7 +110,7 @@ public:
     void link_down(const Address& address) override { link_.lost(address); }
 
 private:
-    Player& player() { return media_->player; }
+    Player& player() { return media_->player(); }
 
     // The connection.
 
@@ -147,6 +148,18 @@ private:
 
     // What the player tells.
 
+    /// Another one plays from now on: everything is new.
+    void report_player() {
+        if (!media_->control) {
+            return;
+        }
+        const Address& peer = media_->control->peer;
+        send(Event("RWB").address(peer).word(static_cast<uint16_t>(media_->addressed + 1)));
+        report_status();
+        report_track({kUid, kTitle, kArtist, kAlbum, kPlayingTime});
+        send(Event("RWA").address(peer).byte(1));
+    }
+
     void report_status() {
         if (media_->control) {
             send(Event("RL")
@@ -180,7 +193,7 @@ private:
         case kTrackNumber:
             return std::to_string(index + 1);
         case kTrackCount:
-            return std::to_string(world().phone.tracks.size());
+            return std::to_string(player().tracks().size());
         case kGenre:
             return track.genre;
         case kPlayingTime:
@@ -373,7 +386,7 @@ private:
     // For the verbs.
 
     Player& playable() {
-        if (world().phone.tracks.empty()) {
+        if (player().track() == nullptr) {
             throw Refused("the player has no tracks");
         }
         return player();

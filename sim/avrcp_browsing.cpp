@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
-// AVRCP browsing: the player, its folders (one for each album, and an empty one), and the queue.
+// AVRCP browsing: the players, their folders (one for each album, and an empty one), and their queues.
 #include "media.h"
 #include "modules.h"
 
@@ -26,7 +26,6 @@ enum ItemType : char { kPlayerItem = 1, kFolderItem = 2, kMediaItem = 3 };
 enum Scope : uint8_t { kScopeFolders = 1, kScopeQueue = 3 };
 enum Direction : uint8_t { kUp = 0, kDown = 1 };
 
-constexpr uint16_t kPlayerId = 1;
 constexpr uint16_t kUtf8 = 106;
 constexpr size_t kNameBytes = 255;
 constexpr uint32_t kAll = 0xFFFFFFFF;
@@ -79,6 +78,14 @@ public:
         };
     }
 
+    std::vector<Verb> verbs() override {
+        return {verb("player choose NUMBER=1..255", "somebody at the phone turns to this player",
+                     &Browsing::choose),
+                verb("player remove NUMBER=1..255", "this player is no longer on the phone",
+                     &Browsing::remove_player),
+                verb("player install NUMBER=1..255", "it is there again", &Browsing::install_player)};
+    }
+
     void client_left() override { end_list(); }
     void link_down(const Address&) override { end_list(); }
 
@@ -93,7 +100,7 @@ private:
 
     std::vector<Folder> folders() {
         std::vector<Folder> all;
-        const std::vector<Track>& tracks = world().phone.tracks;
+        const std::vector<Track>& tracks = media_->browsed().tracks();
         for (size_t i = 0; i < tracks.size(); ++i) {
             if (all.empty() || all.back().name != tracks[i].album) {
                 all.push_back({tracks[i].album, {}});
@@ -115,7 +122,7 @@ private:
             return items;
         }
         for (const size_t track : all.at(*open).tracks) {
-            items.push_back(media_item(world().phone.tracks[track], track));
+            items.push_back(media_item(media_->browsed().tracks()[track], track));
         }
         return items;
     }
@@ -130,8 +137,8 @@ private:
         return std::nullopt;
     }
 
-    std::optional<size_t> track_of(const std::string& uid) {
-        for (size_t i = 0; i < world().phone.tracks.size(); ++i) {
+    std::optional<size_t> track_of(const Player& player, const std::string& uid) {
+        for (size_t i = 0; i < player.tracks().size(); ++i) {
             if (uid == track_uid(i)) {
                 return i;
             }
@@ -160,7 +167,7 @@ private:
             return;
         }
         std::vector<std::string> items;
-        const std::vector<Track>& tracks = world().phone.tracks;
+        const std::vector<Track>& tracks = media_->player().tracks();
         for (size_t i = 0; i < tracks.size(); ++i) {
             items.push_back(media_item(tracks[i], i));
         }
@@ -174,18 +181,25 @@ private:
         fields.end();
         if (media_->controls(hub(), address)) {
             // Here "all" has one byte.
-            begin_list({player_item()}, start, count == 0xFF ? kAll : count);
+            std::vector<std::string> items;
+            for (size_t i = 0; i < media_->players.size(); ++i) {
+                if (media_->players[i].is_installed()) {
+                    items.push_back(player_item(i));
+                }
+            }
+            begin_list(std::move(items), start, count == 0xFF ? kAll : count);
         }
     }
 
-    std::string player_item() {
+    /// Players are numbered from 1 on.
+    std::string player_item(size_t index) {
         constexpr uint8_t kAudioPlayer = 1;
         // Play, stop, pause, rewind, fast forward, forward and backward; advanced control, browsing.
         static constexpr std::string_view kPlayerFeatures("\0\0\0\0\0\xB7\x01\x0C\x0A\0\0\0\0\0\0\0",
                                                           16);
-        return octet(kPlayerItem) + le16(kPlayerId) + octet(kAudioPlayer) + le32(0) +
-               octet(static_cast<uint32_t>(media_->player.status())) + std::string(kPlayerFeatures) +
-               le16(kUtf8) + padded(world().phone.player_name);
+        return octet(kPlayerItem) + le16(static_cast<uint16_t>(index + 1)) + octet(kAudioPlayer) +
+               le32(0) + octet(static_cast<uint32_t>(media_->players[index].status())) +
+               std::string(kPlayerFeatures) + le16(kUtf8) + padded(media_->players[index].name());
     }
 
     void begin_list(std::vector<std::string> items, uint32_t start, uint32_t count) {
@@ -264,7 +278,7 @@ private:
         }
         const std::optional<size_t> folder = folder_of(uid);
         if (!folder || open) {
-            return track_of(uid) ? kNotADirectory : kDoesNotExist;
+            return track_of(media_->browsed(), uid) ? kNotADirectory : kDoesNotExist;
         }
         open = folder;
         return kDone;
@@ -287,7 +301,8 @@ private:
         if (!media_->controls(hub(), address)) {
             return;
         }
-        const std::optional<size_t> track = track_of(uid);
+        Player& player = scope == kScopeFolders ? media_->browsed() : media_->player();
+        const std::optional<size_t> track = track_of(player, uid);
         BrowseStatus status = kDone;
         if (scope != kScopeFolders && scope != kScopeQueue) {
             status = kBadScope;
@@ -296,11 +311,24 @@ private:
         }
         send(Event("RP").address(address).byte(status));
         if (status == kDone) {
-            media_->player.play_track(*track);
+            media_->turn_to(index_of(player));
+            player.play_track(*track);
         }
     }
 
-    // Players; there is one.
+    // Players.
+
+    bool is_player(size_t id) {
+        return id >= 1 && id <= media_->players.size() && media_->players[id - 1].is_installed();
+    }
+
+    size_t index_of(const Player& player) {
+        size_t index = 0;
+        while (&media_->players[index] != &player) {
+            ++index;
+        }
+        return index;
+    }
 
     void set_browsed_player(Fields& fields) {
         const Address address = fields.address();
@@ -309,8 +337,9 @@ private:
         if (!media_->controls(hub(), address)) {
             return;
         }
-        const bool known = id == kPlayerId;
+        const bool known = is_player(id);
         if (known) {
+            media_->control->browsed = id - 1U;
             media_->control->folder.reset();
         }
         send(Event("RR")
@@ -326,8 +355,44 @@ private:
         const uint16_t id = fields.word("player");
         fields.end();
         if (media_->controls(hub(), address)) {
-            send(Event("RS").byte(id == kPlayerId ? kDone : kBadPlayer));
+            send(Event("RS").byte(is_player(id) ? kDone : kBadPlayer));
+            if (is_player(id)) {
+                media_->turn_to(id - 1U);
+            }
         }
+    }
+
+    void choose(Given& given) { media_->turn_to(player_of(given, true)); }
+
+    size_t player_of(Given& given, bool installed) {
+        const size_t id = given.number(0);
+        if (id > media_->players.size() || is_player(id) != installed) {
+            throw Refused(std::string("no player ") + std::to_string(id) +
+                          (installed ? " is on the phone" : " can be installed"));
+        }
+        return id - 1;
+    }
+
+    void remove_player(Given& given) {
+        const size_t index = player_of(given, true);
+        if (index == media_->addressed) {
+            throw Refused("this player is in use; \"player choose\" another one first");
+        }
+        set_installed(index, false);
+    }
+
+    void install_player(Given& given) { set_installed(player_of(given, false), true); }
+
+    void set_installed(size_t index, bool yes) {
+        media_->players[index].install(yes);
+        if (!media_->control) {
+            return;
+        }
+        if (!yes && media_->control->browsed == index) {
+            media_->control->browsed.reset();
+            media_->control->folder.reset();
+        }
+        send(Event("RWC").address(media_->control->peer).byte(1));
     }
 
     std::shared_ptr<Media> media_;

@@ -72,7 +72,7 @@ private:
     }
 
     bool is_there(const std::string& handle) {
-        const size_t count = world().phone.tracks.size();
+        const size_t count = media_->player().tracks().size();
         bool known = false;
         for (size_t i = 0; i < count; ++i) {
             known = known || picture_handle(i) == handle;

@@ -150,7 +150,12 @@ private:
             }
         }
         const auto interval = hub().pace.advertising_interval;
-        hall_.pass_time(interval, interval, [this](const Device& device, uint32_t) { keep(device); });
+        hall_.pass_time(interval, interval, [this](const Device& device, uint32_t) {
+            // Who has been connected to speaks for itself.
+            if (world().find(device.address) == nullptr) {
+                keep(device);
+            }
+        });
         tell();
         wait();
     }

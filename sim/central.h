@@ -25,6 +25,8 @@ struct ServerConnection {
     uint8_t server_if;
     Address address;
     uint16_t mtu;
+    /// No value gets through for now.
+    bool congested = false;
 };
 
 /// What the client answers to a request.

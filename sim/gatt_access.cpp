@@ -38,7 +38,9 @@ public:
     }
 
     std::vector<Verb> verbs() override {
-        return {verb("peripheral DEVICE notify UUID HEX",
+        return {verb("peripheral DEVICE congestion on|off",
+                     "it takes no more commands, or takes them again", &GattAccess::set_congestion),
+                verb("peripheral DEVICE notify UUID HEX",
                      "its characteristic has this value from now on, and tells who listens",
                      &GattAccess::notify_value)};
     }
@@ -169,6 +171,8 @@ private:
                               request.value.size() + kValueHeader <= target.connection->mtu;
             if ((target.characteristic->properties & needed) == 0) {
                 status = kWriteNotPermitted;
+            } else if (request.type == kWriteCommand && target.connection->congested) {
+                status = kGattCongested;
             } else {
                 status = fits ? write(target, request) : kInvalidLength;
             }
@@ -401,6 +405,21 @@ private:
             }
         }
         return nullptr;
+    }
+
+    void set_congestion(Given& given) {
+        const bool on = given.is_on(1);
+        bool connected = false;
+        for (GattConnection& connection : low_energy_->connections()) {
+            if (connection.address == given.device(0).address) {
+                connected = true;
+                connection.congested = on;
+                send(Event("KZI").dword(connection.id).byte(on ? 1 : 0));
+            }
+        }
+        if (!connected) {
+            throw Refused("the client is not connected to \"" + given.device(0).name + '"');
+        }
     }
 
     void notify_value(Given& given) {

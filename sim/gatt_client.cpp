@@ -3,6 +3,7 @@
 
 // GATT client: who is registered, the connections to peripherals, and what concerns a whole connection.
 #include "agenda.h"
+#include "hall.h"
 #include "low_energy.h"
 #include "modules.h"
 
@@ -196,8 +197,8 @@ private:
     }
 
     bool is_reachable(const Address& address, uint8_t transport) {
-        const Device* device = world().reach(address);
-        return device != nullptr && !device->peripheral.attributes.empty() &&
+        const Device* device = meet(world(), address);
+        return device != nullptr && device->in_range && !device->peripheral.attributes.empty() &&
                (transport == kTransportAuto || transport == kTransportLe);
     }
 

@@ -63,13 +63,18 @@ public:
 
     std::vector<Verb> verbs() override {
         return {
-            verb("tablet connect", "the tablet comes without an invitation by advertising",
+            verb("tablet connect [DEVICE]",
+                 "the tablet, or this one of them, comes without an invitation by advertising",
                  &GattServer::bring_central),
-            verb("tablet disconnect", "it goes", &GattServer::send_central_away),
-            verb("tablet read HANDLE=1..65535", "it reads this attribute of the client",
+            verb("tablet disconnect [DEVICE]", "it goes", &GattServer::send_central_away),
+            verb("tablet read HANDLE=1..65535 [DEVICE]", "it reads this attribute of the client",
                  &GattServer::let_central_read),
-            verb("tablet write HANDLE=1..65535 HEX", "it writes this attribute of the client",
+            verb("tablet write HANDLE=1..65535 HEX [DEVICE]", "it writes this attribute of the client",
                  &GattServer::let_central_write),
+            verb("tablet send HEX [DEVICE]", "it sends these bytes outside of any attribute",
+                 &GattServer::let_central_send),
+            verb("tablet congestion on|off [DEVICE]", "it takes no more values, or takes them again",
+                 &GattServer::set_congestion),
         };
     }
 
@@ -276,7 +281,7 @@ private:
         } while (last_connection_ == 0 || connection_of([this](const ServerConnection& c) {
                                               return c.id == last_connection_;
                                           }) != nullptr);
-        connections_.push_back({last_connection_, server_if, device.address, kLeastMtu});
+        connections_.push_back({last_connection_, server_if, device.address, kLeastMtu, false});
         report_connection(device.address, true, last_connection_, server_if);
         return last_connection_;
     }
@@ -416,12 +421,25 @@ private:
         return it == visitors_.end() ? nullptr : &*it;
     }
 
-    void bring_central(Given& /*given*/) {
-        if (first_visitor([this](const Visitor& v) { return device_of(v).in_range; }) == nullptr) {
+    /// The first visitor of whom this is true, or the one that the argument names if it is true of it.
+    template <typename Condition>
+    Visitor* meant(Given& given, size_t argument, Condition condition) {
+        if (!given.has(argument)) {
+            return first_visitor(condition);
+        }
+        Visitor* named = visitor(given.device(argument).address);
+        if (named == nullptr) {
+            throw Refused('"' + given.device(argument).name + "\" is no tablet");
+        }
+        return condition(*named) ? named : nullptr;
+    }
+
+    void bring_central(Given& given) {
+        const auto in_range = [this](const Visitor& v) { return device_of(v).in_range; };
+        if (meant(given, 0, in_range) == nullptr) {
             throw Refused("there is no tablet in range");
         }
-        Visitor* next =
-            first_visitor([this](const Visitor& v) { return device_of(v).in_range && !is_here(v); });
+        Visitor* next = meant(given, 0, [&](const Visitor& v) { return in_range(v) && !is_here(v); });
         if (next == nullptr) {
             throw Refused("the tablet is connected already");
         }
@@ -432,12 +450,32 @@ private:
         visitor_comes(*next);
     }
 
-    void send_central_away(Given& /*given*/) {
-        const Visitor* here = first_visitor([this](const Visitor& v) { return is_here(v); });
+    Visitor& visitor_here(Given& given, size_t argument) {
+        Visitor* here = meant(given, argument, [this](const Visitor& v) { return is_here(v); });
         if (here == nullptr) {
             throw Refused("the tablet is not connected");
         }
-        close_all_of(here->central.address());
+        return *here;
+    }
+
+    void send_central_away(Given& given) { close_all_of(visitor_here(given, 0).central.address()); }
+
+    void let_central_send(Given& given) {
+        const Address& address = visitor_here(given, 1).central.address();
+        const ServerConnection* connection =
+            connection_of([&address](const ServerConnection& c) { return c.address == address; });
+        send(Event("KS").word(connection->id).address(address).block(given.text(0)));
+    }
+
+    void set_congestion(Given& given) {
+        const bool on = given.is_on(0);
+        const Address& address = visitor_here(given, 1).central.address();
+        for (ServerConnection& connection : connections_) {
+            if (connection.address == address && connection.congested != on) {
+                connection.congested = on;
+                send(Event("JO").word(connection.id).byte(on ? 1 : 0));
+            }
+        }
     }
 
     const OwnService& started_service_of(uint16_t handle) {
@@ -448,8 +486,8 @@ private:
         return *own;
     }
 
-    Central& central_at(const OwnService& own) {
-        Visitor* here = first_visitor([this, &own](const Visitor& v) {
+    Central& central_at(const OwnService& own, Given& given, size_t argument) {
+        Visitor* here = meant(given, argument, [this, &own](const Visitor& v) {
             return connection_to(own.server_if, v.central.address()) != nullptr;
         });
         if (here == nullptr) {
@@ -461,7 +499,7 @@ private:
     void let_central_read(Given& given) {
         const auto handle = given.number<uint16_t>(0);
         const OwnService& own = started_service_of(handle);
-        central_at(own).read(own, handle);
+        central_at(own, given, 1).read(own, handle);
     }
 
     void let_central_write(Given& given) {
@@ -470,7 +508,7 @@ private:
             throw Refused("a value has at most " + std::to_string(kLongestValue) + " bytes");
         }
         const OwnService& own = started_service_of(handle);
-        central_at(own).write(own, handle, given.text(1));
+        central_at(own, given, 2).write(own, handle, given.text(1));
     }
 
     // Values.
@@ -513,6 +551,9 @@ private:
             hub().log.note("refused: the value is longer than " +
                            std::to_string(connection->mtu - kValueHeader) + " bytes");
             status = kInvalidLength;
+        } else if (connection->congested) {
+            hub().log.note("refused: the connection is congested");
+            status = kGattCongested;
         } else {
             receiver->central.receive(handle, value, indication);
             status = kGattSuccess;

@@ -31,4 +31,19 @@ Device hall_advertiser(uint32_t number) {
     return d;
 }
 
+Device* meet(World& world, const Address& address) {
+    if (Device* known = world.find(address)) {
+        return known;
+    }
+    const uint32_t number = address.octets[0] | static_cast<uint32_t>(address.octets[1]) << 8 |
+                            static_cast<uint32_t>(address.octets[2]) << 16;
+    if (number >= world.hall || !(hall_advertiser(number).address == address)) {
+        return nullptr;
+    }
+    Device badge = hall_advertiser(number);
+    badge.peripheral.attributes = badge_attributes(badge.uuids.front(), badge.name.c_str());
+    world.devices.push_back(std::move(badge));
+    return &world.devices.back();
+}
+
 } // namespace sim

@@ -18,6 +18,10 @@ namespace sim {
 Device hall_advertiser(uint32_t number);
 
 /// Meets all of them, one after the other, again and again.
+/// The device with this address; an advertiser of the hall becomes one of the world's devices by being
+/// met. nullptr when there is none.
+Device* meet(World& world, const Address& address);
+
 class Hall {
 public:
     explicit Hall(uint32_t size) : size_(size) {}

@@ -47,6 +47,8 @@ struct GattConnection {
     uint16_t mtu = kLeastMtu;
     std::vector<PreparedWrite> prepared;
     std::vector<Registration> registrations;
+    /// No command gets through for now.
+    bool congested = false;
 };
 
 class LowEnergy {

@@ -5,6 +5,44 @@
 
 namespace sim {
 
+Media::Media(Hub& hub) {
+    const Phone& phone = hub.world.phone;
+    players.emplace_back(hub, phone.player_name, phone.tracks);
+    for (const MediaPlayer& other : phone.other_players) {
+        players.emplace_back(hub, other.name, other.tracks);
+    }
+}
+
+Player& Media::browsed() {
+    return players[control && control->browsed ? *control->browsed : addressed];
+}
+
+void Media::listen(const Player::Listener& listener) {
+    for (Player& each : players) {
+        const auto when_heard = [this, &each](const std::function<void()>& function) {
+            return [this, &each, function] {
+                if (&each == &player() && function) {
+                    function();
+                }
+            };
+        };
+        each.listen(
+            {when_heard(listener.status), when_heard(listener.track), when_heard(listener.position)});
+    }
+}
+
+void Media::turn_to(size_t index) {
+    if (index == addressed) {
+        return;
+    }
+    player().pause();
+    addressed = index;
+    if (control && !control->browsed) {
+        control->folder.reset();
+    }
+    turned();
+}
+
 bool Media::controls(Hub& hub, const Address& address) const {
     const bool yes = control && control->peer == address;
     if (!yes) {

@@ -143,6 +143,13 @@ bool is_well_formed_ad(std::string_view data) {
     return true;
 }
 
+AttributeTable badge_attributes(const Octets16& service_uuid, const char* name) {
+    const Characteristic counter =
+        characteristic(own_uuid(0x0010), kPropertyRead | kPropertyWrite, std::string(1, '\0'));
+    return AttributeTable(
+        {service(kPrimary, service_uuid, {counter}), device_information("Badgeworks", name)});
+}
+
 Peripheral heart_rate_strap() {
     Peripheral p;
     p.attributes = AttributeTable({heart_rate(), battery(), device_information("Beatworks", "HS-1")});

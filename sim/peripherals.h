@@ -44,6 +44,8 @@ std::string ad_structure(AdType type, std::string_view value);
 /// Whether the data consists of whole structures, with at most zeros behind them.
 bool is_well_formed_ad(std::string_view data);
 
+/// What one of many badges has to offer: its service, with a counter, and who it is.
+AttributeTable badge_attributes(const Octets16& service, const char* name);
 /// Heart rate, battery and device information.
 Peripheral heart_rate_strap();
 /// Environmental sensing, and a service of its own with long values.

@@ -98,6 +98,12 @@ std::vector<Track> tracks() {
     };
 }
 
+MediaPlayer podcasts() {
+    return {"Podcasts",
+            {{"How a badge finds its reader", "Anna Bergmann", "On the Air", "Speech", 1800000},
+             {"The last 31 bytes", "Anna Bergmann", "On the Air", "Speech", 2400000}}};
+}
+
 } // namespace
 
 Phone plain_phone() {
@@ -119,6 +125,7 @@ Phone built_in_phone() {
     Phone phone = plain_phone();
     phone.memory = {"+4930111222", "+491711112223"};
     phone.tracks = tracks();
+    phone.other_players = {podcasts()};
     phone.contacts = fifty_contacts();
     phone.sim_contacts = {
         {"Voicemail", "", "", {{NumberKind::Other, "3311"}}, {}},

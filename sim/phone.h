@@ -51,6 +51,13 @@ struct Track {
     uint32_t length_ms;
 };
 
+/// One of the phone's programs that play something.
+struct MediaPlayer {
+    std::string name;
+    /// In the order of playing; tracks of one album stand together.
+    std::vector<Track> tracks;
+};
+
 /// What becomes of calls that are placed from the phone.
 enum class FarEnd : uint8_t {
     Answers,
@@ -80,6 +87,8 @@ struct Phone {
     /// In the order of playing; tracks of one album stand together.
     std::vector<Track> tracks;
     std::string player_name;
+    /// Beside the first one, which has the name and the tracks above.
+    std::vector<MediaPlayer> other_players;
 
     std::vector<Contact> contacts;
     std::vector<Contact> sim_contacts;

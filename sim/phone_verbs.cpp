@@ -67,8 +67,11 @@ std::vector<Verb> PhoneVerbs::status_verbs() {
              phone().roaming = given.is_on(0);
              gateway_.tell(Event("HE").byte(phone().roaming ? 1 : 0));
          }},
-        {"phone operator TEXT", "the name of its network, for who asks",
-         [this](Given& given) { phone().operator_name = given.text(0); }},
+        {"phone operator TEXT", "the name of its network",
+         [this](Given& given) {
+             phone().operator_name = given.text(0);
+             gateway_.tell(Event("HH").text(phone().operator_name));
+         }},
         {"phone network on|off", "whether it has a network; all calls end without",
          [this](Given& given) { set_network(given.is_on(0)); }},
         {"phone in-band-ring on|off", "whether its own ring tone is heard",

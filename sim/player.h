@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
-// The phone's music player: what is played, how far it is, and who wants to know.
+// One of the phone's players: what is played, how far it is, and who wants to know.
 #ifndef VYM_SIM_PLAYER_H
 #define VYM_SIM_PLAYER_H
 
@@ -28,7 +28,14 @@ public:
         std::function<void()> position;
     };
 
-    explicit Player(Hub& hub) : hub_(hub), second_(hub.loop) {}
+    Player(Hub& hub, const std::string& name, const std::vector<Track>& tracks)
+        : hub_(hub), name_(name), tracks_(tracks), second_(hub.loop) {}
+
+    const std::string& name() const { return name_; }
+    const std::vector<Track>& tracks() const { return tracks_; }
+    /// Whether it is on the phone; programs come and go.
+    bool is_installed() const { return installed_; }
+    void install(bool yes) { installed_ = yes; }
 
     void listen(Listener listener) { listeners_.push_back(std::move(listener)); }
 
@@ -59,7 +66,6 @@ public:
     void set(uint8_t setting, uint8_t value) { settings_[setting] = value; }
 
 private:
-    const std::vector<Track>& tracks() const { return hub_.world.phone.tracks; }
     void set_status(PlayStatus status);
     void go_to(size_t index);
     void start_second();
@@ -68,8 +74,11 @@ private:
     void notify(std::function<void()> Listener::*what);
 
     Hub& hub_;
+    const std::string& name_;
+    const std::vector<Track>& tracks_;
     Timer second_;
     std::vector<Listener> listeners_;
+    bool installed_ = true;
     PlayStatus status_ = PlayStatus::Stopped;
     PlayStatus before_seek_ = PlayStatus::Stopped;
     size_t index_ = 0;

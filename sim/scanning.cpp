@@ -113,7 +113,8 @@ private:
     }
 
     void met(const Device& device, uint32_t number) {
-        if (!filters_.pass(device)) {
+        // Who has been connected to speaks for itself.
+        if (!filters_.pass(device) || world().find(device.address) != nullptr) {
             return;
         }
         report(device);

@@ -259,6 +259,12 @@ void fields(Io& io, Track& t) {
 }
 
 template <typename Io>
+void fields(Io& io, MediaPlayer& p) {
+    io("name", Text{p.name, 255});
+    io("tracks", p.tracks);
+}
+
+template <typename Io>
 void fields(Io& io, Phone& p) {
     io("model", Text{p.model, kLongestName});
     io("manufacturer", Text{p.manufacturer, kLongestName});
@@ -278,6 +284,7 @@ void fields(Io& io, Phone& p) {
     io("ring_number", TelephoneNumber{p.ring_number});
     io("player_name", Text{p.player_name, 255});
     io("tracks", p.tracks);
+    io("other_players", p.other_players);
     io.cards("contacts", p.contacts);
     io.cards("sim_contacts", p.sim_contacts);
     io.cards("past_calls", p.calls);

@@ -143,6 +143,9 @@ TEST_F(EveryGattServerFunction, AnswersAReaderAndNotifiesIt) {
     EXPECT_EQ(vym_gatt_server_send_notification(1, kValue, 1, 2, Bytes("\x67\x08")), BT_STATUS_SUCCESS);
     EXPECT_TRUE(Hears("gatt_server.notification_sent", 1, 0));
     EXPECT_TRUE(Notes("Tablet receives a notification of handle 34: 67 08\n"));
+    EXPECT_EQ(Order("tablet congestion on"), "ok\n");
+    EXPECT_EQ(vym_gatt_server_send_notification(1, kValue, 1, 2, Bytes("\x67\x08")), BT_STATUS_SUCCESS);
+    EXPECT_TRUE(Hears("gatt_server.notification_sent", 1, 0x8F));
 }
 
 TEST_F(EveryGattServerFunction, IndicatesAValue) {

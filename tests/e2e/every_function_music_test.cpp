@@ -166,8 +166,12 @@ TEST_F(EveryMusicFunction, ListsPlayersAndChoosesOne) {
     Connect();
     EXPECT_EQ(CALL(vym_avrcp_get_player_list)(kPhone, 0, 255), BT_STATUS_SUCCESS);
     EXPECT_TRUE(Hears("avrcp.get_player_item", kPhone, 4, 1, kStopped, "Music"));
-    EXPECT_EQ(CALL(vym_avrcp_set_addressed_player)(kPhone, 1), BT_STATUS_SUCCESS);
-    EXPECT_TRUE(Notes("status=4\n"));
+    EXPECT_TRUE(Hears("avrcp.get_player_item", kPhone, 4, 2, kStopped, "Podcasts"));
+    EXPECT_EQ(CALL(vym_avrcp_set_addressed_player)(kPhone, 2), BT_STATUS_SUCCESS);
+    EXPECT_TRUE(Hears("avrcp.addressed_player_changed", kPhone, 2));
+    EXPECT_TRUE(
+        HearsTrack(1, "How a badge finds its reader", "Anna Bergmann", "On the Air", "1800000"));
+    EXPECT_TRUE(Hears("avrcp.now_playing_content_changed", kPhone, 1));
     EXPECT_EQ(vym_avrcp_set_addressed_player(kPhone, 77), BT_STATUS_SUCCESS);
     EXPECT_TRUE(Notes("status=17\n"));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
+#include "control_client.h"
 #include "phone_sim.h"
 
 namespace {
@@ -105,22 +106,68 @@ TEST(SimBrowsing, TheQueueHoldsAllTracks) {
     }
 }
 
-TEST(SimBrowsing, ThePlayerIsListed) {
+TEST(SimBrowsing, ThePlayersAreListed) {
     BrowsingSim sim;
-    const Strings items = sim.list("RM" + kPhone + "00FF", 1);
-    EXPECT_EQ(items[0], "RM" + kPhone + "0400010228\x01\x01" + zeros(1) + "\x01" + zeros(4) + zeros(1) +
+    const Strings items = sim.list("RM" + kPhone + "00FF", 2);
+    EXPECT_EQ(items[0], "RM" + kPhone + "0400020228\x01\x01" + zeros(1) + "\x01" + zeros(4) + zeros(1) +
                             zeros(5) + "\xB7\x01\x0C\xDC\xDF" + zeros(7) + "j" + zeros(1) + "Music" +
                             zeros(250));
-    EXPECT_EQ(sim.answers("RM" + kPhone + "0101"), Strings{"RM" + kPhone + "0B00000000"});
+    EXPECT_EQ(items[1].substr(0, 27), "RM" + kPhone + "0400020225\x01\x02\xDC");
+    EXPECT_NE(items[1].find("Podcasts" + zeros(247)), std::string::npos);
+    EXPECT_EQ(sim.answers("RM" + kPhone + "0201"), Strings{"RM" + kPhone + "0B00000000"});
 }
 
 TEST(SimBrowsing, PlayersAreChosenByNumber) {
     BrowsingSim sim;
     EXPECT_EQ(sim.answers(down(folder_uid(0), "000F"))[0].substr(0, 16), "RN" + kPhone + "04");
     EXPECT_EQ(sim.answers("RP" + kPhone + "0001"), Strings{"RR" + kPhone + "040003006A00"});
-    EXPECT_EQ(sim.answers("RP" + kPhone + "0002"), Strings{"RR" + kPhone + "110000006A00"});
+    EXPECT_EQ(sim.answers("RP" + kPhone + "0002"), Strings{"RR" + kPhone + "040002006A00"});
+    EXPECT_EQ(sim.answers("RP" + kPhone + "0003"), Strings{"RR" + kPhone + "110000006A00"});
     EXPECT_EQ(sim.answers("RQ" + kPhone + "0001"), Strings{"RS04"});
-    EXPECT_EQ(sim.answers("RQ" + kPhone + "0002"), Strings{"RS11"});
+    EXPECT_EQ(sim.answers("RQ" + kPhone + "0003"), Strings{"RS11"});
+}
+
+TEST(SimBrowsing, AnotherPlayerTakesOver) {
+    BrowsingSim sim;
+    const std::string episode = "1237" + std::string("0000000000000001\xDC\xDD") +
+                                "How a badge finds its reader\xDC\xDD"
+                                "Anna Bergmann\xDC\xDDOn the Air\xDC\xDD"
+                                "1800000\xDC\xDD";
+    sim.answers("RC" + kPhone + "4400"); // plays
+    const Strings events = sim.answers("RQ" + kPhone + "0002");
+    EXPECT_EQ(events, (Strings{"RS04", "AB" + kPhone + "01", "RL" + kPhone + "02",
+                               "RWB" + kPhone + "0002", "RL" + kPhone + "00",
+                               "RJ" + kPhone + "005A50" + episode, "RWA" + kPhone + "01"}));
+    // What is browsed is the one that is controlled, while no other is chosen.
+    EXPECT_EQ(sim.answers("RK" + kPhone), Strings{"RO" + kPhone + "0400000002"});
+    EXPECT_EQ(sim.answers("RQ" + kPhone + "0002"), Strings{"RS04"}) << "it is already";
+    // The first player's second track, from its folders.
+    sim.answers("RP" + kPhone + "0001");
+    const Strings played = sim.answers("RL" + kPhone + "01000F" + track_uid(2));
+    ASSERT_GE(played.size(), 2U);
+    EXPECT_EQ(played[0], "RP" + kPhone + "04");
+    EXPECT_EQ(played[1], "RWB" + kPhone + "0001");
+    EXPECT_EQ(played.back(), "RL" + kPhone + "01");
+}
+
+TEST(SimBrowsing, PlayersAreChosenRemovedAndInstalledAtThePhone) {
+    BrowsingSim sim;
+    ControlClient desk(sim.dir());
+    EXPECT_EQ(desk.order("player remove 1"),
+              "error: this player is in use; \"player choose\" another one first");
+    EXPECT_EQ(desk.order("player choose 2"), "ok");
+    EXPECT_EQ(desk.order("player remove 1"), "ok");
+    EXPECT_EQ(desk.order("player choose 1"), "error: no player 1 is on the phone");
+    const Strings events = sim.client.events_until_version();
+    EXPECT_EQ(events.front(), "RWB" + kPhone + "0002");
+    EXPECT_EQ(events.back(), "RWC" + kPhone + "01");
+    EXPECT_EQ(sim.answers("RQ" + kPhone + "0001"), Strings{"RS11"});
+    EXPECT_EQ(sim.list("RM" + kPhone + "00FF", 1)[0].substr(0, 26),
+              "RM" + kPhone + "0400010225\x01\x02");
+    EXPECT_EQ(desk.order("player install 1"), "ok");
+    EXPECT_EQ(desk.order("player install 3"), "error: no player 3 can be installed");
+    EXPECT_EQ(sim.client.events_until_version(), Strings{"RWC" + kPhone + "01"});
+    sim.list("RM" + kPhone + "00FF", 2);
 }
 
 TEST(SimBrowsing, AnItemIsPlayed) {

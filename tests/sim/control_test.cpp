@@ -119,7 +119,7 @@ TEST(ControlPhone, ItsStateIsToldAndRemembered) {
     EXPECT_EQ(sim.heard("phone battery 3"), Strings{"HG0003"});
     EXPECT_EQ(sim.heard("phone signal 0"), Strings{"HF0000"});
     EXPECT_EQ(sim.heard("phone roaming on"), Strings{"HE01"});
-    EXPECT_EQ(sim.heard("phone operator \"Far Away\""), Strings{});
+    EXPECT_EQ(sim.heard("phone operator \"Far Away\""), Strings{"HHFar Away"});
     EXPECT_EQ(sim.answers("HL"), (Strings{"HHFar Away", "HQ0006"}));
     EXPECT_EQ(sim.heard("phone in-band-ring off"), Strings{"HS00"});
     EXPECT_EQ(sim.heard("phone volume speaker 12"), Strings{"HP00000C"});
@@ -315,6 +315,44 @@ TEST(ControlTablet, ItComesReadsWritesAndGoes) {
     EXPECT_EQ(sim.client.event(), "JK" + kTablet + "000100060022000000");
     EXPECT_EQ(sim.heard("tablet disconnect"),
               (Strings{"JB" + kTablet + "00000101", "BI00" + kTablet + "01"}));
+}
+
+TEST(ControlTablet, ItIsNamedWhenThereAreSeveral) {
+    ServingSim sim;
+    EXPECT_EQ(sim.answers("JJ01002002"), Strings{"JG00010020"});
+    EXPECT_EQ(sim.desk.order("tablet connect \"Heart strap\""), "error: \"Heart strap\" is no tablet");
+    EXPECT_EQ(sim.desk.order("tablet connect Tablet"), "ok");
+    EXPECT_EQ(sim.client.events(2).back(), "JB" + kTablet + "01000101");
+    EXPECT_EQ(sim.desk.order("tablet disconnect " + kTablet), "ok");
+}
+
+TEST(ControlTablet, ItSendsBytesAndIsCongested) {
+    ServingSim sim;
+    EXPECT_EQ(sim.desk.order("tablet send 41"), "error: the tablet is not connected");
+    EXPECT_EQ(sim.answers("JJ01002002"), Strings{"JG00010020"});
+    EXPECT_EQ(sim.desk.order("tablet connect"), "ok");
+    sim.client.events(4);
+    EXPECT_EQ(sim.heard("tablet send 410A"), Strings{"KS0001" + kTablet + "0003A\xDC\xDF"});
+    EXPECT_EQ(sim.heard("tablet congestion on"), Strings{"JO000101"});
+    EXPECT_EQ(sim.heard("tablet congestion on"), Strings{}) << "it is already";
+    EXPECT_EQ(sim.heard("tablet congestion off"), Strings{"JO000100"});
+}
+
+TEST(ControlPeripheral, ItTakesNoCommandsWhileItIsCongested) {
+    ControlSim sim;
+    const std::string sensor = "E2436C696D61";
+    EXPECT_EQ(sim.desk.order("peripheral \"Climate sensor\" congestion on"),
+              "error: the client is not connected to \"Climate sensor\"");
+    EXPECT_EQ(sim.answers("KA" + kAppInCommand), Strings{"KA0001" + kAppInEvent});
+    sim.send("KE01" + sensor + "0102");
+    sim.until("KE");
+    EXPECT_EQ(sim.heard("peripheral \"Climate sensor\" congestion on"), Strings{"KZI0000000101"});
+    // A write that nobody answers, to the marker in its logbook.
+    const std::string write = "KM0001010000696E75676E6967676F4C796D0000457F"
+                              "0000696E75676E6967676F4C796D0200457F01000001A";
+    EXPECT_EQ(sim.answers(write)[0].substr(0, 8), "KN00018F");
+    EXPECT_EQ(sim.heard("peripheral \"Climate sensor\" congestion off"), Strings{"KZI0000000100"});
+    EXPECT_EQ(sim.answers(write)[0].substr(0, 8), "KN000100");
 }
 
 // Serial connections and the computer.

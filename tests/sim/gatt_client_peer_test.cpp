@@ -530,4 +530,18 @@ TEST(SimAttributes, APieceOfALongWriteMustTouchWhatIsThere) {
     EXPECT_EQ(sim::splice(value, 6, std::string(507, 'x')), 13);
 }
 
+// In a crowded hall.
+
+TEST(SimHall, ABadgeCanBeConnectedToAndOffersItsService) {
+    sim::World world = sim::built_in_world();
+    world.hall = 10;
+    PhoneSim sim(low_energy_pace(), std::move(world));
+    EXPECT_EQ(sim.answers("KA" + kAppInCommand), Strings{"KA0001" + kAppInEvent});
+    const std::string badge = "F44841000003";
+    sim.send("KE01" + badge + "0102");
+    EXPECT_EQ(sim.until("KE"), (Strings{"BI00" + badge + "00", "KE01000100" + badge}));
+    EXPECT_EQ(sim.answers("KH0001010000"), (Strings{"KH0001000000" + in_event("1809"),
+                                                    "KH0001000000" + in_event("180A"), "KG000100"}));
+}
+
 } // namespace

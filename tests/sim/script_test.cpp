@@ -141,7 +141,8 @@ TEST(Script, GoesOnBetweenTwoCommandsThatComeAtOnce) {
     while (client.event() != "HX05") {
     }
     client.send("AT#HL\r\nAT#HL\r\n");
-    EXPECT_EQ(client.events(4), (Strings{"HHSim Mobile", "HQ0006", "HHElsewhere", "HQ0006"}));
+    EXPECT_EQ(client.events(5),
+              (Strings{"HHSim Mobile", "HQ0006", "HHElsewhere", "HHElsewhere", "HQ0006"}));
     client.close();
     EXPECT_EQ(sim.result(), 0);
 }

@@ -159,6 +159,11 @@ void expect_same(const sim::Phone& a, const sim::Phone& b) {
         EXPECT_EQ(a.tracks[i].genre, b.tracks[i].genre);
         EXPECT_EQ(a.tracks[i].length_ms, b.tracks[i].length_ms);
     }
+    ASSERT_EQ(a.other_players.size(), b.other_players.size());
+    for (size_t i = 0; i < a.other_players.size(); ++i) {
+        EXPECT_EQ(a.other_players[i].name, b.other_players[i].name);
+        EXPECT_EQ(a.other_players[i].tracks.size(), b.other_players[i].tracks.size());
+    }
     expect_same(a.contacts, b.contacts);
     expect_same(a.sim_contacts, b.sim_contacts);
     ASSERT_EQ(a.calls.size(), b.calls.size());
