@@ -69,11 +69,16 @@ public:
             EXPECT_EQ(send(fd_, step.text.data(), step.text.size(), MSG_NOSIGNAL),
                       static_cast<ssize_t>(step.text.size()));
         } else {
-            EXPECT_EQ(support::Escaped(NextEvent()), support::Escaped(step.text));
+            EXPECT_EQ(Comparable(NextEvent()), Comparable(step.text));
         }
     }
 
 private:
+    /** A descriptor has another number each time. */
+    static std::string Comparable(const std::string& event) {
+        return support::Escaped(event.rfind("PD", 0) == 0 ? event.substr(0, 4) : event);
+    }
+
     std::string NextEvent() {
         std::string event;
         char byte = 0;
@@ -114,7 +119,7 @@ TEST(Vymtrace, AScrubbedCaptureTellsNoNamesAndIsPlayedAgain) {
 
     const std::vector<Step> steps = StepsOf(scrubbed);
     EXPECT_EQ(steps.size(), StepsOf(recording.Path()).size());
-    RunningSim replay({"--replay", scrubbed});
+    RunningSim replay({"--time", "virtual", "--replay", scrubbed});
     {
         RecordedClient client(replay.Directory());
         for (const Step& step : steps) {
