@@ -367,6 +367,7 @@ TEST(VymctlPrompt, AsksWhetherToPairAndCompletesTheAddressItHeardOf) {
     EXPECT_TRUE(terminal.WaitFor("adapter.state state=on")) << terminal.Text();
     EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
     terminal.Type("adapter discover\r");
+    EXPECT_TRUE(terminal.WaitFor("\r\x1B[Kadapter discover: 1 event")) << terminal.Text();
     EXPECT_TRUE(terminal.WaitFor("adapter.discovery state=stopped")) << terminal.Text();
     EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
     terminal.Type("adapter bond 2A\t\r");

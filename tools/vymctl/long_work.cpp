@@ -8,8 +8,6 @@
 
 #include "console/words.h"
 
-#include <unistd.h>
-
 namespace vymctl {
 namespace {
 
@@ -21,32 +19,6 @@ constexpr int kWidebandCodec = 2;
 bool ends_with(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
-
-/// A line on a terminal that is written anew again and again, and gone at the end.
-class Progress {
-public:
-    void show(const std::string& text) {
-        if (terminal_) {
-            write("\r\033[K" + text);
-        }
-    }
-    ~Progress() {
-        if (terminal_) {
-            write("\r\033[K");
-        }
-    }
-    Progress() = default;
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    Progress(Progress&&) = delete;
-    Progress& operator=(Progress&&) = delete;
-
-private:
-    static void write(const std::string& text) {
-        static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
-    }
-    bool terminal_ = isatty(STDERR_FILENO) != 0;
-};
 
 /// Takes part in what happens until its end.
 class Collecting {
@@ -128,14 +100,14 @@ int Session::save_book(const Words& arguments, Deadline deadline) {
     size_t all = 0;
     size_t entries = 0;
     std::vector<Contact> contacts;
-    Progress progress;
+    const Progress progress;
     const Collecting collecting(collector_, [&](const Event& event) {
         if (event.type->name == "pbap.size") {
             all = event.value("size").get<size_t>();
         } else if (event.type->name == "pbap.entry") {
             add_entry(contacts, event);
-            progress.show("entry " + std::to_string(++entries) + ", contact " +
-                          std::to_string(contacts.size()) + " of " + std::to_string(all));
+            Progress::show("entry " + std::to_string(++entries) + ", contact " +
+                           std::to_string(contacts.size()) + " of " + std::to_string(all));
         }
     });
     int code = quietly("pbap", "size", {arguments[0]}, deadline);
@@ -165,13 +137,13 @@ int Session::record(const Words& arguments, Deadline /*deadline*/) {
         }
     }
     connect();
-    Progress progress;
+    const Progress progress;
     const size_t wanted = static_cast<size_t>(console::to_duration(arguments[2]).count());
     Wait result = Wait::Met;
     {
         const Collecting collecting(collector_, [&](const Event& event) {
             recording.take(event);
-            progress.show(std::to_string(recording.length() / 1000) + " s");
+            Progress::show(std::to_string(recording.length() / 1000) + " s");
         });
         // As much sound as was asked for, however long that takes; the time-out is for silence.
         size_t before = 0;

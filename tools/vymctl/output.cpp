@@ -10,6 +10,16 @@
 #include <unistd.h>
 
 namespace vymctl {
+namespace {
+
+constexpr const char* kEmptyLine = "\r\033[K";
+
+/// On standard error. Nobody is left to be told when it fails.
+void tell(const std::string& text) {
+    static_cast<void>(!write(STDERR_FILENO, text.data(), text.size()));
+}
+
+} // namespace
 
 void Output::claim(bool show_diagnostics) {
     std::fflush(stdout);
@@ -23,16 +33,41 @@ void Output::claim(bool show_diagnostics) {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 }
 
+void Output::above_progress(const std::function<void()>& write_it) {
+    const std::lock_guard lock(mutex_);
+    if (!progress_.empty()) {
+        tell(kEmptyLine);
+    }
+    write_it();
+    if (!progress_.empty()) {
+        tell(progress_);
+    }
+}
+
 void Output::line(const std::string& text) {
     const std::string whole = text + '\n';
-    const std::lock_guard lock(mutex_);
-    for (size_t done = 0; done < whole.size() && open_;) {
-        const ssize_t count = write(fd_, whole.data() + done, whole.size() - done);
-        if (count > 0) {
-            done += static_cast<size_t>(count);
-        } else if (errno != EINTR) {
-            open_ = false;
+    above_progress([&] {
+        for (size_t done = 0; done < whole.size() && open_;) {
+            const ssize_t count = write(fd_, whole.data() + done, whole.size() - done);
+            if (count > 0) {
+                done += static_cast<size_t>(count);
+            } else if (errno != EINTR) {
+                open_ = false;
+            }
         }
+    });
+}
+
+void Output::message(const std::string& text) {
+    above_progress([&] { tell("vymctl: " + text + '\n'); });
+}
+
+void Output::progress(const std::string& text) {
+    static const bool s_is_terminal = isatty(STDERR_FILENO) != 0;
+    const std::lock_guard lock(mutex_);
+    if (s_is_terminal && text != progress_) {
+        tell(kEmptyLine + text);
+        progress_ = text;
     }
 }
 
@@ -42,9 +77,7 @@ Output& output() {
 }
 
 void message(const std::string& text) {
-    const std::string whole = "vymctl: " + text + '\n';
-    // Nobody is left to be told when it fails.
-    static_cast<void>(!write(STDERR_FILENO, whole.data(), whole.size()));
+    output().message(text);
 }
 
 std::string printed_by(const std::function<void()>& function) {

@@ -19,18 +19,39 @@ public:
     void claim(bool show_diagnostics);
     /// A whole line in one piece; any thread may call.
     void line(const std::string& text);
+    /// Shows on the terminal how far long work is, below what is written; nothing ends it. Nowhere
+    /// else.
+    void progress(const std::string& text);
+    /// "vymctl: <text>" on standard error.
+    void message(const std::string& text);
     /// For who writes there without us.
     int descriptor() const { return fd_; }
     /// False when somebody reads who cannot take it any more.
     bool is_open() const { return open_; }
 
 private:
+    void above_progress(const std::function<void()>& write_it);
+
     std::mutex mutex_;
     int fd_ = 1;
     bool open_ = true;
+    std::string progress_;
 };
 
 Output& output();
+
+/// While it lives, long work may say how far it is.
+class Progress {
+public:
+    Progress() = default;
+    ~Progress() { output().progress(""); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    Progress(Progress&&) = delete;
+    Progress& operator=(Progress&&) = delete;
+
+    static void show(const std::string& text) { output().progress(text); }
+};
 
 /// For people, on standard error: "vymctl: <text>".
 void message(const std::string& text);

@@ -82,6 +82,11 @@ void Session::see(const Event& event) {
     if (collector_) {
         collector_(event);
     }
+    if (working_ != nullptr && !quiet_ && event.type->name.rfind(working_->group + '.', 0) == 0) {
+        ++seen_;
+        Progress::show(working_->title() + ": " + std::to_string(seen_) +
+                       (seen_ == 1 ? " event" : " events"));
+    }
     if (!Pairing::is_request(event) || pairing_.answer_by_policy(event)) {
         return;
     }
@@ -271,7 +276,18 @@ int Session::finish(const Verb& verb, Call& call, const Ending& ending, Deadline
     if (ending.is_empty()) {
         return verb.local ? kDone : confirm(deadline);
     }
-    result = wait(deadline, [&ending] { return ending.verdict() != Ending::Verdict::Open; });
+    {
+        const Progress progress;
+        const auto work = [this](const Verb* which) {
+            hub().change([&] {
+                working_ = which;
+                seen_ = 0;
+            });
+        };
+        work(&verb);
+        result = wait(deadline, [&ending] { return ending.verdict() != Ending::Verdict::Open; });
+        work(nullptr);
+    }
     if (result != Wait::Met) {
         return failure(result, verb.title() + ": waiting for " + ending.awaited());
     }

@@ -100,6 +100,9 @@ private:
     Ending* ending_ = nullptr;
     /// Sees every event, when there is one; guarded by the hub.
     Hub::Sink collector_;
+    /// What is waited for, and how many events of its profile have come since; guarded by the hub.
+    const Verb* working_ = nullptr;
+    size_t seen_ = 0;
     std::atomic<bool> quiet_ = false;
     std::atomic<bool> confirming_ = false;
     bool show_time_ = false;
