@@ -9,6 +9,7 @@
 namespace console {
 
 std::unique_ptr<LineEditor> make_line_editor(const std::string& /*program*/, std::FILE* /*out*/,
+                                             // NOLINTNEXTLINE(performance-unnecessary-value-param)
                                              Completer /*complete*/) {
     throw std::runtime_error(
         "this build has no prompt: install libedit-dev, configure and build again");

@@ -46,7 +46,7 @@ Outcome found(const NODESTRU* node) {
 Outcome remove_from_list(bt_bdaddr_t address) {
     const NODESTRU* head = s_list.head;
     NODESTRU* node = Pbap_List_RemoveNodeByAddress(&s_list, address);
-    const Outcome outcome = found(node);
+    Outcome outcome = found(node);
     // Any other node than the head stays linked, see vym_pbap.h.
     if (node == head) {
         std::free(node);
@@ -59,7 +59,7 @@ Outcome read_queue() {
     if (item == nullptr) {
         return {"the queue is empty", {}};
     }
-    const Outcome outcome{"", item->parse_index};
+    Outcome outcome{"", item->parse_index};
     std::free(item);
     return outcome;
 }
