@@ -13,6 +13,12 @@
 #include <vym/vym_bluetooth.h>
 
 namespace vymctl {
+namespace {
+
+constexpr const char* kPackets = "audio.packet";
+constexpr const char* kNoPackets = "-audio.packet";
+
+} // namespace
 
 /// A function of the library on a thread of its own: it may never come back.
 // NOLINTNEXTLINE(bugprone-exception-escape): see Outcome.
@@ -56,7 +62,8 @@ bool Session::is_shown(const Event& event) const {
     if (name == "adapter.version" && (confirming_ || shown_.count("*") == 0)) {
         return false;
     }
-    return shown_.count("*") + shown_.count(name.substr(0, name.find('.'))) > 0;
+    const bool all = shown_.count("*") > 0 && !(name == kPackets && shown_.count(kNoPackets) > 0);
+    return all || shown_.count(name.substr(0, name.find('.'))) > 0;
 }
 
 Session::~Session() {
@@ -65,7 +72,10 @@ Session::~Session() {
 }
 
 void Session::be_at_prompt() {
-    shown_.insert("*");
+    // Fifty packets a second while somebody talks would leave no room for typing.
+    if (shown_.insert("*").second) {
+        shown_.insert(kNoPackets);
+    }
 }
 
 void Session::connect() {

@@ -94,7 +94,7 @@ private:
 
     Options options_;
     Pairing pairing_;
-    /// Profiles and events that are shown; "*" for all.
+    /// Profiles and events that are shown; "*" for all, "-" and an event for all but this.
     std::set<std::string> shown_;
     /// Sees events while a verb runs; guarded by the hub.
     Ending* ending_ = nullptr;
