@@ -41,8 +41,6 @@ static void on_discovery_state_changed(uint8_t state) {
 static void on_device_found(bt_bdaddr_t address, uint8_t type_of_device, int class_of_device,
                             uint8_t rssi, char* name, uint8_t num_of_uuid16, uint16_t* uuids) {
     char text[18];
-    (void)type_of_device;
-    (void)uuids;
     say("   found %s  %4d dBm  class %06X  %d services  \"%s\"", address_text(address, text),
         (int8_t)rssi, (unsigned)class_of_device, num_of_uuid16, name);
     if (((class_of_device >> 8) & 0x1F) == MAJOR_CLASS_PHONE) {
@@ -53,13 +51,11 @@ static void on_device_found(bt_bdaddr_t address, uint8_t type_of_device, int cla
 
 static void on_ssp_request(bt_bdaddr_t address, int class_of_device, uint8_t pairing_variant,
                            int passkey, char* name) {
-    (void)class_of_device;
     say("   \"%s\" shows %06d; we see the same number and accept", name, passkey);
     vym_bluetooth_ssp_reply(address, pairing_variant, 1, passkey);
 }
 
 static void on_bond_state_changed(uint8_t status, bt_bdaddr_t address, uint8_t state) {
-    (void)address;
     if (state != BT_BOND_STATE_BONDING) {
         world.bonded = status == BT_STATUS_SUCCESS && state == BT_BOND_STATE_BONDED;
         note(&world.bond_ended, 1);
@@ -67,7 +63,6 @@ static void on_bond_state_changed(uint8_t status, bt_bdaddr_t address, uint8_t s
 }
 
 static void on_read_rssi(bt_bdaddr_t address, uint8_t status, uint8_t rssi) {
-    (void)address;
     if (status == 0) {
         world.rssi_dbm = (int8_t)rssi;
         note(&world.rssi_known, 1);
@@ -76,9 +71,6 @@ static void on_read_rssi(bt_bdaddr_t address, uint8_t status, uint8_t rssi) {
 
 /* On the audio thread: one packet of samples. */
 static void on_audio(uint8_t stream_type, uint8_t codec_type, uint16_t len, uint8_t* data) {
-    (void)stream_type;
-    (void)codec_type;
-    (void)data;
     note(&world.audio_packets, world.audio_packets + 1);
     note(&world.audio_bytes, world.audio_bytes + len);
 }

@@ -16,10 +16,8 @@ enum { WANTED_MTU = 185, BEATS = 3 };
 /* How the server names a characteristic: its service and itself, each an instance and a UUID. */
 typedef struct {
     uint8_t service_type;
-    uint16_t service_instance;
-    bt_uuid_t service;
-    uint16_t instance;
-    bt_uuid_t uuid;
+    uint16_t service_instance, instance;
+    bt_uuid_t service, uuid;
 } characteristic_t;
 
 static const bt_uuid_t heart_rate_service = GATT_UUID_FROM_16(0x180D);
@@ -31,20 +29,11 @@ static const bt_uuid_t first = {{0}};
 
 /* What the callbacks have told us. */
 static struct {
-    int found;
+    int found, connected, mtu_known, searched, listed, configured, battery_read, beats;
     bt_bdaddr_t address;
-    int connected;
     uint8_t client_if;
     uint16_t connection;
-    int mtu_known;
-    int searched;
-    int listed;
-    characteristic_t pulse;
-    characteristic_t battery;
-    int registered;
-    int configured;
-    int battery_read;
-    int beats;
+    characteristic_t pulse, battery;
 } strap = {.connected = -1};
 
 static int is_uuid(bt_uuid_t one, const bt_uuid_t* other) {
@@ -63,7 +52,6 @@ static void on_scan_name(bt_bdaddr_t address, uint16_t length, uint8_t* name) {
 }
 
 static void on_connected(uint8_t client_if, uint16_t connection, uint8_t status, bt_bdaddr_t address) {
-    (void)address;
     strap.client_if = client_if;
     strap.connection = connection;
     note(&strap.connected, status == 0);
@@ -71,23 +59,16 @@ static void on_connected(uint8_t client_if, uint16_t connection, uint8_t status,
 
 static void on_disconnected(uint8_t client_if, uint16_t connection, uint8_t status,
                             bt_bdaddr_t address) {
-    (void)client_if;
-    (void)connection;
-    (void)status;
-    (void)address;
     note(&strap.connected, 0);
 }
 
 static void on_mtu(int connection, uint8_t status, int mtu) {
-    (void)connection;
-    (void)status;
     say("   up to %d bytes travel at once", mtu);
     note(&strap.mtu_known, 1);
 }
 
 static void on_service(uint16_t connection, uint8_t type, uint16_t instance, bt_uuid_t uuid) {
-    characteristic_t of = {type, instance, uuid, 0, first};
-    (void)connection;
+    characteristic_t of = {type, instance, 0, uuid, first};
     if (is_uuid(uuid, &heart_rate_service)) {
         strap.pulse = of;
     } else if (is_uuid(uuid, &battery_service)) {
@@ -96,8 +77,6 @@ static void on_service(uint16_t connection, uint8_t type, uint16_t instance, bt_
 }
 
 static void on_searched(uint16_t connection, uint8_t status) {
-    (void)connection;
-    (void)status;
     note(&strap.searched, 1);
 }
 
@@ -106,7 +85,7 @@ static void on_searched(uint16_t connection, uint8_t status) {
 static void on_characteristic(uint16_t connection, uint8_t status, uint8_t service_type,
                               uint16_t service_instance, bt_uuid_t service, uint16_t instance,
                               bt_uuid_t uuid, int properties) {
-    characteristic_t found = {service_type, service_instance, service, instance, uuid};
+    characteristic_t found = {service_type, service_instance, instance, service, uuid};
     if (status != 0) {
         note(&strap.listed, strap.listed + 1);
         return;
@@ -121,38 +100,15 @@ static void on_characteristic(uint16_t connection, uint8_t status, uint8_t servi
                                        uuid);
 }
 
-static void on_registered(uint16_t connection, uint8_t status, uint8_t registered, uint8_t service_type,
-                          uint16_t service_instance, bt_uuid_t service, uint16_t instance,
-                          bt_uuid_t uuid) {
-    (void)connection;
-    (void)registered;
-    (void)service_type;
-    (void)service_instance;
-    (void)service;
-    (void)instance;
-    (void)uuid;
-    note(&strap.registered, status == 0);
-}
-
 static void on_descriptor_written(uint16_t connection, uint8_t status, uint8_t service_type,
                                   uint16_t service_instance, bt_uuid_t service, uint16_t instance,
                                   bt_uuid_t uuid, uint16_t descriptor_instance, bt_uuid_t descriptor) {
-    (void)descriptor_instance;
-    (void)descriptor;
-    on_registered(connection, status, 1, service_type, service_instance, service, instance, uuid);
     note(&strap.configured, status == 0);
 }
 
 static void on_read(uint16_t connection, uint8_t status, uint8_t service_type,
                     uint16_t service_instance, bt_uuid_t service, uint16_t instance, bt_uuid_t uuid,
                     uint8_t type, uint16_t length, uint8_t* data) {
-    (void)connection;
-    (void)service_type;
-    (void)service_instance;
-    (void)service;
-    (void)instance;
-    (void)uuid;
-    (void)type;
     if (status == 0 && length == 1) {
         say("   battery %d %%", data[0]);
         note(&strap.battery_read, 1);
@@ -163,13 +119,6 @@ static void on_read(uint16_t connection, uint8_t status, uint8_t service_type,
 static void on_notify(uint16_t connection, bt_bdaddr_t address, uint8_t service_type,
                       uint16_t service_instance, bt_uuid_t service, uint16_t instance, bt_uuid_t uuid,
                       uint8_t is_notification, uint16_t length, uint8_t* data) {
-    (void)connection;
-    (void)address;
-    (void)service_type;
-    (void)service_instance;
-    (void)service;
-    (void)instance;
-    (void)is_notification;
     if (is_uuid(uuid, &heart_rate_measurement) && length >= 2 && strap.beats < BEATS) {
         say("   %d beats a minute", data[1]);
         note(&strap.beats, strap.beats + 1);
@@ -184,7 +133,6 @@ static gatt_client_callback_t callbacks = {
     .search_completed_cb = on_searched,
     .search_result_cb = on_service,
     .get_characteristic_cb = on_characteristic,
-    .register_for_notifications_cb = on_registered,
     .read_characteristic_cb = on_read,
     .write_descriptor_cb = on_descriptor_written,
     .configure_mtu_cb = on_mtu,
@@ -203,7 +151,6 @@ static void subscribe(void) {
     vym_gatt_client_register_for_notifications(strap.client_if, strap.address, p->service_type,
                                                p->service_instance, p->service, p->instance, p->uuid,
                                                1);
-    await(&strap.registered, 1, "the registration for heartbeats");
     vym_gatt_client_write_descriptor(strap.connection, p->service_type, p->service_instance, p->service,
                                      p->instance, p->uuid, 0, configuration, GATT_WRITE_TYPE_DEFAULT,
                                      GATT_AUTH_REQ_NONE, sizeof on, on);

@@ -49,7 +49,6 @@ static struct {
 /* Callbacks: one event of the server each, on the receive thread. */
 
 static void on_application_state(bt_bdaddr_t address, int new_state) {
-    (void)address;
     note(&state.application, new_state);
 }
 

@@ -25,7 +25,7 @@ static struct {
     FILE* screen;
     pthread_mutex_t lock;
     pthread_cond_t changed;
-} scene = {.lock = PTHREAD_MUTEX_INITIALIZER, .changed = PTHREAD_COND_INITIALIZER};
+} scene = {NULL, NULL, PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER};
 
 /* One line on the screen. */
 static inline void say(const char* format, ...) {

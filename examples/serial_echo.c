@@ -24,15 +24,10 @@ static struct {
 } service = {.channel = -1};
 
 static void on_channel(bt_bdaddr_t address, bt_uuid_t uuid, uint8_t channel) {
-    (void)address;
-    (void)uuid;
     note(&service.channel, channel);
 }
 
 static void on_channels_end(bt_bdaddr_t address, bt_uuid_t uuid, uint8_t channel) {
-    (void)address;
-    (void)uuid;
-    (void)channel;
     note(&service.fetched, 1);
 }
 

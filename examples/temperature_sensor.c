@@ -22,41 +22,28 @@ static const bt_uuid_t sensor_name = GATT_UUID_FROM_16(0x2A00);
 static const bt_uuid_t configuration = GATT_UUID_FROM_16(GATT_UUID16_CLIENT_CHAR_CONFIG);
 
 static struct {
-    uint8_t server_if;
-    int registered;
-    uint8_t client_if;
-    int client_known;
-    int advertising;
-    int handle; /* of what was added last */
-    int temperature_handle;
-    int configuration_handle;
-    int name_handle;
-    int started;
+    int registered, client_known, started, advertising, subscribed, renamed, notified;
+    uint8_t server_if, client_if;
     int connection;
-    int subscribed;
-    int renamed;
-    int notified;
+    int handle; /* of what was added last */
+    int temperature_handle, configuration_handle, name_handle;
     uint8_t celsius[2]; /* in hundredths, low byte first */
     char name[NAME_ROOM];
     uint16_t name_length;
-} sensor = {.handle = NONE, .celsius = {2150 & 0xFF, 2150 >> 8}, .name = "sensor", .name_length = 6};
+} sensor = {.handle = NONE, .celsius = {2151 & 0xFF, 2151 >> 8}, .name = "sensor", .name_length = 6};
 
 /* Callbacks: one event of the server each, on the receive thread. */
-
 static void on_registered(uint8_t status, uint8_t server_if, bt_uuid_t uuid) {
-    (void)uuid;
     sensor.server_if = server_if;
     note(&sensor.registered, status == 0);
 }
 
 static void on_client_registered(uint8_t client_if, bt_uuid_t uuid) {
-    (void)uuid;
     sensor.client_if = client_if;
     note(&sensor.client_known, 1);
 }
 
 static void on_advertising(uint8_t status, uint8_t client_if) {
-    (void)client_if;
     if (status == 0 && !noted(&sensor.advertising)) {
         say("   the server advertises for us");
         note(&sensor.advertising, 1);
@@ -65,33 +52,22 @@ static void on_advertising(uint8_t status, uint8_t client_if) {
 
 static void on_service_added(uint8_t status, uint8_t server_if, uint8_t type, uint16_t instance,
                              bt_uuid_t uuid, uint16_t handle) {
-    (void)server_if;
-    (void)type;
-    (void)instance;
-    (void)uuid;
     note(&sensor.handle, status == 0 ? handle : 0);
 }
 
-static void on_added(uint8_t status, uint8_t server_if, bt_uuid_t uuid, uint16_t service,
+static void on_added(uint8_t status, uint8_t server, bt_uuid_t uuid, uint16_t service,
                      uint16_t handle) {
-    (void)server_if;
-    (void)uuid;
-    (void)service;
     note(&sensor.handle, status == 0 ? handle : 0);
 }
 
 static void on_started(uint8_t status, uint8_t server_if, uint16_t service) {
-    (void)server_if;
-    (void)service;
     note(&sensor.started, status == 0);
 }
 
-static void on_connected(bt_bdaddr_t address, uint8_t connected, uint16_t connection,
-                         uint8_t server_if) {
+static void on_connected(bt_bdaddr_t address, uint8_t is_up, uint16_t connection, uint8_t server_if) {
     char text[18];
-    (void)server_if;
-    say("   %s %s", address_text(address, text), connected ? "connects" : "leaves");
-    note(&sensor.connection, connected ? connection : 0);
+    say("   %s %s", address_text(address, text), is_up ? "connects" : "leaves");
+    note(&sensor.connection, is_up ? connection : 0);
 }
 
 static void respond(uint16_t connection, uint16_t transaction, uint16_t handle, uint16_t offset,
@@ -105,11 +81,7 @@ static void on_read(bt_bdaddr_t address, uint16_t connection, uint16_t transacti
                     uint16_t offset, uint8_t is_long) {
     uint8_t* value = handle == sensor.name_handle ? (uint8_t*)sensor.name : sensor.celsius;
     uint16_t length = handle == sensor.name_handle ? sensor.name_length : sizeof sensor.celsius;
-    (void)address;
-    (void)is_long;
-    if (offset > length) {
-        offset = length;
-    }
+    offset = offset < length ? offset : length;
     say("   it reads handle %d", handle);
     respond(connection, transaction, handle, offset, (uint16_t)(length - offset), value + offset);
 }
@@ -117,7 +89,6 @@ static void on_read(bt_bdaddr_t address, uint16_t connection, uint16_t transacti
 static void on_write(bt_bdaddr_t address, uint16_t connection, uint16_t transaction, uint16_t handle,
                      uint16_t offset, uint8_t need_response, uint8_t is_prepared, uint16_t length,
                      uint8_t* value) {
-    (void)address;
     /* First: a subscription counts from the response on. */
     if (need_response) {
         respond(connection, transaction, handle, offset, length, value);
@@ -133,16 +104,13 @@ static void on_write(bt_bdaddr_t address, uint16_t connection, uint16_t transact
     }
 }
 
-static void on_execute(bt_bdaddr_t address, uint16_t connection, uint16_t transaction,
-                       uint8_t execute) {
-    (void)address;
-    say("   it %s", execute ? "means it" : "takes that back");
+static void on_execute(bt_bdaddr_t address, uint16_t connection, uint16_t transaction, uint8_t yes) {
+    say("   it %s", yes ? "means it" : "takes that back");
     respond(connection, transaction, 0, 0, 0, NULL);
     note(&sensor.renamed, 1);
 }
 
 static void on_sent(uint16_t connection, uint8_t status) {
-    (void)connection;
     note(&sensor.notified, sensor.notified + (status == 0));
 }
 
@@ -200,7 +168,6 @@ int main(int argc, char** argv) {
     const uint16_t service = build_service();
     vym_gatt_server_start_service(sensor.server_if, service, GATT_TRANSPORT_LE);
     await(&sensor.started, 1, "the start of the service");
-    say("   temperature at handle %d, its name at %d", sensor.temperature_handle, sensor.name_handle);
 
     say("2. Advertise it");
     vym_gatt_server_register_client(application, on_client_registered);
@@ -212,8 +179,7 @@ int main(int argc, char** argv) {
     await(&sensor.renamed, 1, "a long write");
 
     say("3. It gets warmer");
-    for (int i = 1; i <= NOTIFICATIONS; i++) {
-        sensor.celsius[0]++;
+    for (int i = 1; i <= NOTIFICATIONS; i++, sensor.celsius[0]++) {
         vym_gatt_server_send_notification(sensor.server_if, (uint16_t)sensor.temperature_handle,
                                           (uint16_t)noted(&sensor.connection), sizeof sensor.celsius,
                                           sensor.celsius);

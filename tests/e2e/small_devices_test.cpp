@@ -2,13 +2,16 @@
 // Copyright (c) 2026 The vym authors
 
 // What small devices are made of, process against process: a GATT client, a GATT server, serial
-// channels and a keyboard.
+// channels, a keyboard and a scanner.
 
 #include "e2e/running_sim.h"
 #include "support/process.h"
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -98,8 +101,83 @@ TEST(KeyboardProgram, ConnectsToAComputerAndTypes) {
                               });
 }
 
+TEST(ScannerProgram, ShowsEverybodyWithoutAFilter) {
+    ExpectInOrder("scanner", {
+                                 "1. Listen\n",
+                                 "2. Who passes?\n",
+                                 "   E2:43:6C:69:6D:61   -81 dBm  \"Climate sensor\"  181A\n",
+                                 "   C6:48:65:61:72:74   -74 dBm  \"Heart strap\"  180D 180F 180A\n",
+                                 "   2 of 2 devices\n",
+                                 "Done.\n",
+                             });
+}
+
+// Three badges of the hall: "Badge 1" (-35 dBm, 180D), "Badge 2" (-42 dBm), "Badge 3" (-49 dBm).
+std::string WhoPasses(const std::vector<std::string>& filters) {
+    RunningSim sim({"--hall", "3"});
+    std::vector<std::string> arguments = filters;
+    arguments.insert(arguments.begin(), sim.Directory());
+    Process program(Example("scanner", arguments));
+    EXPECT_EQ(program.ExitCode(6 * support::TimeLimit()), 0) << program.Out() << program.Err();
+    const std::string out = program.Out();
+    const size_t begin = out.find("   ");
+    return begin == std::string::npos ? out : out.substr(begin);
+}
+
+TEST(ScannerProgram, ShowsOnlyWhoPassesAFilter) {
+    EXPECT_EQ(WhoPasses({"service=180D"}),
+              "   F4:48:41:00:00:00   -35 dBm  \"Badge 1\"  180D\n"
+              "   C6:48:65:61:72:74   -74 dBm  \"Heart strap\"  180D 180F 180A\n"
+              "   2 of 5 devices\n"
+              "Done.\n");
+    EXPECT_EQ(WhoPasses({"rssi=-42"}), "   F4:48:41:00:00:00   -35 dBm  \"Badge 1\"  180D\n"
+                                       "   F4:48:41:00:00:01   -42 dBm  \"Badge 2\"  180F\n"
+                                       "   2 of 5 devices\n"
+                                       "Done.\n");
+}
+
+TEST(ScannerProgram, ShowsOnlyWhoPassesAllFilters) {
+    EXPECT_EQ(WhoPasses({"name=Heart", "service=180D", "rssi=-74"}),
+              "   C6:48:65:61:72:74   -74 dBm  \"Heart strap\"  180D 180F 180A\n"
+              "   1 of 5 devices\n"
+              "Done.\n");
+    EXPECT_EQ(WhoPasses({"name=Heart", "rssi=-73"}), "   0 of 5 devices\nDone.\n");
+}
+
+TEST(ScannerProgram, RefusesWhatIsNoFilter) {
+    for (const char* wrong : {"colour=red", "rssi=near", "service=", "name=", "180D"}) {
+        Process program(Example("scanner", {"/nowhere", wrong}));
+        EXPECT_EQ(program.ExitCode(), 2);
+        EXPECT_EQ(program.Err(), std::string("scanner: ") + wrong +
+                                     " is no filter; say service=180D, name=Heart or rssi=-80\n");
+    }
+}
+
+TEST(Examples, AreShortAndSayOnTopWhatTheyAreFor) {
+    size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(VYM_SOURCE_DIR "/examples")) {
+        if (entry.path().extension() != ".c" && entry.path().extension() != ".cpp") {
+            continue;
+        }
+        ++count;
+        std::ifstream file(entry.path());
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(file, line);) {
+            lines.push_back(line);
+        }
+        EXPECT_LT(lines.size(), 200U) << entry.path();
+        ASSERT_GE(lines.size(), 6U) << entry.path();
+        const std::string sentence = lines[3] + lines[4];
+        EXPECT_TRUE(lines[2].empty() &&
+                    std::regex_search(sentence, std::regex("^(/\\*|//) [A-Z].*\\.")))
+            << entry.path() << ": " << sentence;
+    }
+    EXPECT_GE(count, 7U);
+}
+
 TEST(Examples, WithoutAServerSayHowToStartOneAndFail) {
-    for (const char* name : {"heart_rate", "temperature_sensor", "serial_echo", "keyboard"}) {
+    for (const char* name :
+         {"heart_rate", "temperature_sensor", "serial_echo", "keyboard", "scanner"}) {
         const support::TempDir empty;
         Process program(Example(name, {empty.Path()}));
         EXPECT_EQ(program.ExitCode(), 1);

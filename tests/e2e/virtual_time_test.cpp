@@ -53,8 +53,8 @@ protected:
 
 TEST_F(VirtualTime, GivesTheSameTranscriptToTheSameSeed) {
     const Strings options{"--ring-after", "5000", "--seed", "17"};
-    const std::string transcript = TranscriptOf("phone_and_music", options);
-    EXPECT_EQ(TranscriptOf("phone_and_music", options), transcript);
+    const std::string transcript = TranscriptOf("car_kit", options);
+    EXPECT_EQ(TranscriptOf("car_kit", options), transcript);
     EXPECT_TRUE(e2e::HasInOrder(transcript, {
                                                 "    0.000    client connected\n",
                                                 "    0.000 <- bluetooth enable\n",

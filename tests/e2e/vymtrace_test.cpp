@@ -96,7 +96,7 @@ std::vector<std::string> Vymtrace(const std::vector<std::string>& arguments) {
 }
 
 TEST(Vymtrace, TellsACallAsItHappened) {
-    const ExampleCapture recording("phone_and_music", kSomebodyCalls);
+    const ExampleCapture recording("car_kit", kSomebodyCalls);
     EXPECT_TRUE(e2e::HasInOrder(support::OutputOf(Vymtrace({recording.Path()})),
                                 {" > hfp         connect address=2A:41:6E:6E:61:01\n",
                                  " < hfp         onConnectionState state=3 ",
@@ -105,7 +105,7 @@ TEST(Vymtrace, TellsACallAsItHappened) {
 }
 
 TEST(Vymtrace, AScrubbedCaptureTellsNoNamesAndIsPlayedAgain) {
-    const ExampleCapture recording("phone_and_music", kSomebodyCalls);
+    const ExampleCapture recording("car_kit", kSomebodyCalls);
     const support::TempDir dir;
     const std::string scrubbed = dir.Path() + "/scrubbed.log";
     EXPECT_EQ(support::OutputOf(Vymtrace({"scrub", recording.Path(), scrubbed})), "");

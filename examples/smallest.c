@@ -1,0 +1,34 @@
+/* SPDX-License-Identifier: MIT
+ * Copyright (c) 2026 The vym authors */
+
+/* The smallest application: switches Bluetooth on and says what the adapter is called.
+ *
+ * usage: smallest DIRECTORY      (the directory of the server's socket)
+ */
+#include <semaphore.h>
+#include <stdio.h>
+#include <vym/vym_bluetooth.h>
+#include <vym/vym_sdk.h>
+
+static sem_t switched;
+
+static void on_state(uint8_t state) { /* runs on the library's receive thread */
+    printf("The adapter is %s.\n", state == BT_STATE_ON ? "on" : "off");
+    sem_post(&switched);
+}
+
+int main(int argc, char** argv) {
+    bluetooth_callback_t callbacks = {.state_changed_cb = on_state}; /* the others may stay NULL */
+    sem_init(&switched, 0, 0);
+    /* The directory holds the server's socket, "vym_socket"; the library puts its capture there. */
+    if (vym_sdk_init_ex(argc > 1 ? argv[1] : NULL) < 0) {
+        return 1;
+    }
+    vym_bluetooth_init(&callbacks);
+    vym_bluetooth_enable();
+    sem_wait(&switched);
+    printf("It is called %s.\n", (const char*)vym_bluetooth_get_name()->name);
+    vym_bluetooth_done();
+    vym_sdk_done();
+    return 0;
+}
