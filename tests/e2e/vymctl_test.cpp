@@ -393,6 +393,10 @@ TEST(VymctlPrompt, LeavesRoomForTypingWhileSomebodyTalks) {
     EXPECT_TRUE(terminal.WaitFor("hfp.ring\r\n")) << terminal.Text();
     EXPECT_TRUE(terminal.WaitFor("hfp.ring\r\n")) << "three seconds later\n" << terminal.Text();
     EXPECT_EQ(terminal.Text().find("audio.packet"), std::string::npos) << terminal.Text();
+    terminal.Type("\x15"
+                  "monitor audio --timeout 1s\r");
+    EXPECT_TRUE(terminal.WaitFor("audio.packet stream=voice")) << terminal.Text();
+    EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
     terminal.Type("exit\r");
     EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
 }

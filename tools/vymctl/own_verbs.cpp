@@ -139,8 +139,7 @@ int Session::monitor(const Words& arguments, Deadline deadline) {
     });
     // A server that serves somebody else would be silent for ever.
     const int silent = confirm(deadline);
-    const bool for_a_time = options_.timeout_given;
-    const Wait result = silent != kDone ? Wait::Met : wait(for_a_time ? deadline : Deadline::max(), [] {
+    const Wait result = silent != kDone ? Wait::Met : wait(has_time_ ? deadline : Deadline::max(), [] {
         return !output().is_open();
     });
     hub().change([&] {

@@ -159,6 +159,7 @@ Session::Order Session::read(Words line, std::chrono::milliseconds timeout) {
 int Session::run(const Words& line) {
     std::string what;
     try {
+        has_time_ = options_.timeout_given || std::count(line.begin(), line.end(), "--timeout") > 0;
         const Order order = read(line, options_.timeout);
         what = order.own != nullptr ? order.own->name : order.verb->title();
         const Deadline deadline = std::chrono::steady_clock::now() + order.timeout;

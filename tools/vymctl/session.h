@@ -106,6 +106,8 @@ private:
     std::atomic<bool> quiet_ = false;
     std::atomic<bool> confirming_ = false;
     bool show_time_ = false;
+    /// Whether the verb was given a time: here or for all.
+    bool has_time_ = false;
     bool end_ = false;
 };
 
