@@ -25,6 +25,7 @@ static struct {
     FILE* screen;
     pthread_mutex_t lock;
     pthread_cond_t changed;
+    /* NOLINTNEXTLINE(modernize-use-nullptr): this is C, too. */
 } scene = {NULL, NULL, PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER};
 
 /* One line on the screen. */
@@ -58,8 +59,8 @@ static inline void scene_begin(const char* program, const char* directory) {
     scene.program = program;
     snprintf(path, sizeof path, "%s/%s.log", directory, program);
     log = open(path, O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    scene.screen = terminal >= 0 ? fdopen(terminal, "w") : NULL;
-    if (scene.screen == NULL || log < 0 || dup2(log, STDOUT_FILENO) < 0) {
+    scene.screen = fdopen(terminal, "w");
+    if (!scene.screen || log < 0 || dup2(log, STDOUT_FILENO) < 0) {
         give_up("cannot write %s; name a directory that exists and is writable", path);
     }
     close(log);
