@@ -65,7 +65,7 @@ private:
     /// The first step that is not done.
     size_t next_ = 0;
     /// The events of this record wait no longer.
-    size_t released_record_ = 0;
+    uint64_t released_record_ = 0;
     Timer silence_;
     bool ended_ = false;
 };
