@@ -30,6 +30,28 @@ std::vector<std::string> LinesOf(const std::string& path) {
     return lines;
 }
 
+std::string ProgramOfPage() {
+    std::string program;
+    bool is_program = false;
+    for (const std::string& line : LinesOf(kPage)) {
+        if (line.rfind("```", 0) == 0) {
+            is_program = line == "```c";
+        } else if (is_program) {
+            program += line + '\n';
+        }
+    }
+    return program;
+}
+
+TEST(FirstStepsPage, ShowsTheSmallestExampleAsItIs) {
+    const std::string source = support::ReadFile(VYM_SOURCE_DIR "/examples/smallest.c");
+    const size_t code = source.find("#include");
+    ASSERT_NE(code, std::string::npos);
+    EXPECT_EQ(ProgramOfPage(), source.substr(code));
+}
+
+#if VYM_SIM_HAS_PROMPT
+
 // A line of a console block, and the terminal that the text before it names.
 struct Step {
     int terminal;
@@ -52,28 +74,6 @@ std::vector<Step> StepsOfPage() {
     }
     return steps;
 }
-
-std::string ProgramOfPage() {
-    std::string program;
-    bool is_program = false;
-    for (const std::string& line : LinesOf(kPage)) {
-        if (line.rfind("```", 0) == 0) {
-            is_program = line == "```c";
-        } else if (is_program) {
-            program += line + '\n';
-        }
-    }
-    return program;
-}
-
-TEST(FirstStepsPage, ShowsTheSmallestExampleAsItIs) {
-    const std::string source = support::ReadFile(VYM_SOURCE_DIR "/examples/smallest.c");
-    const size_t code = source.find("#include");
-    ASSERT_NE(code, std::string::npos);
-    EXPECT_EQ(ProgramOfPage(), source.substr(code));
-}
-
-#if VYM_SIM_HAS_PROMPT
 
 // A shell in a directory where the build is build/demo, as it is after the demonstration.
 class TopDirectory {

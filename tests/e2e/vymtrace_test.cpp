@@ -55,7 +55,7 @@ public:
         EXPECT_LT(path.size(), sizeof(address.sun_path));
         std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
         EXPECT_EQ(connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-        const timeval limit{support::TimeLimit().count() / 1000, 0};
+        const timeval limit{static_cast<time_t>(support::TimeLimit().count() / 1000), 0};
         EXPECT_EQ(setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit)), 0);
     }
     ~RecordedClient() { close(fd_); }
