@@ -126,8 +126,7 @@ void add_control_options(CLI::App& app, Settings& settings) {
 
 void add_time_options(CLI::App& app, sim::Options& options) {
     app.add_option_function<std::string>(
-           "--time",
-           [&options](const std::string& time) { options.virtual_time = time == "virtual"; },
+           "--time", [&options](const std::string& time) { options.virtual_time = time == "virtual"; },
            "How time passes: as in the real world, or as fast as the client allows")
         ->type_name("real|virtual")
         ->check(CLI::IsMember({"real", "virtual"}));
