@@ -105,6 +105,8 @@ TEST_F(RfcommThreads, WritesDoNotMix) {
 
 TEST_F(RfcommThreads, ReadersOfOneSocketShareWhatComesAndAllSeeItsEnd) {
     const SocketPair& end = HandOver();
+    size_t sent = 0;
+    size_t delivered = 0;
     for (int round = 0; round < 10; ++round) {
         const ClientSocket sock = Connect();
         std::array<std::string, 3> got;
@@ -122,6 +124,7 @@ TEST_F(RfcommThreads, ReadersOfOneSocketShareWhatComesAndAllSeeItsEnd) {
         EXPECT_TRUE(support::WaitUntil([&] { return inside == 3; }));
         for (int i = 0; i < 20; ++i) {
             Feed(end, Message(0x1234, 1, "abcdefg"));
+            sent += 7;
         }
         EXPECT_EQ(ReadBytes(end.Near(), 80).size(), 80U);
         Server().SendEvents({"SF0000001234"});
@@ -135,7 +138,10 @@ TEST_F(RfcommThreads, ReadersOfOneSocketShareWhatComesAndAllSeeItsEnd) {
         Join();
         stop = true;
         drain.join();
-        EXPECT_LE(got[0].size() + got[1].size() + got[2].size(), 20U * 7 + 11);
+        // The end overtakes data, which then reaches the next connection: it has the same handle. So
+        // a round alone says nothing; but in all, nothing may come twice.
+        delivered += got[0].size() + got[1].size() + got[2].size();
+        EXPECT_LE(delivered, sent);
         EXPECT_EQ(Read(sock), "-1 7");
     }
 }
