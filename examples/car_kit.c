@@ -191,7 +191,7 @@ int main(int argc, char** argv) {
     vym_avrcp_done();
     vym_a2dp_done();
     vym_hfp_done();
-    vym_audio_stream_done();
     radio_end();
+    vym_audio_stream_done();
     return 0;
 }

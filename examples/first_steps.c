@@ -173,9 +173,9 @@ int main(int argc, char** argv) {
     vym_bluetooth_disable();
     await(&world.powered, 0, "power off");
 
-    vym_audio_stream_done();
     vym_bluetooth_done();
     vym_sdk_done();
+    vym_audio_stream_done();
     say("Done. Diagnostics: %s/first_steps.log, capture: %s/client_sock.log", argv[1], argv[1]);
     return 0;
 }

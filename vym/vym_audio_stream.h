@@ -49,6 +49,9 @@ void vym_audio_stream_init(audio_stream_callback_t* cbks);
 /**
  * Stops the reader and waits for its end. The transport is shut down, which the server sees as a close.
  * May be called twice; called from the audio callback it does not wait.
+ *
+ * A hand-over that is on its way starts a reader again, so an application that ends calls this last,
+ * after vym_bluetooth_done() or vym_sdk_done(): from then on no hand-over is received.
  */
 void vym_audio_stream_done(void);
 

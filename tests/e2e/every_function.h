@@ -5,6 +5,7 @@
 #ifndef VYM_TESTS_E2E_EVERY_FUNCTION_H
 #define VYM_TESTS_E2E_EVERY_FUNCTION_H
 
+#include "e2e/end_all.h"
 #include "e2e/recording.h"
 #include "e2e/running_sim.h"
 #include "support/output_capture.h"
@@ -87,19 +88,7 @@ protected:
         EXPECT_TRUE(Hears("bluetooth.state_changed", BT_STATE_ON));
     }
 
-    void TearDown() override {
-        vym_audio_stream_done();
-        vym_hid_done();
-        vym_gatt_server_done();
-        vym_gatt_client_done();
-        vym_pbap_done();
-        vym_avrcp_done();
-        vym_a2dp_done();
-        vym_hfp_done();
-        vym_rfcomm_done();
-        vym_bluetooth_done();
-        vym_sdk_done();
-    }
+    void TearDown() override { end_all(); }
 
     [[nodiscard]] const std::string& Directory() const { return sim_->Directory(); }
 

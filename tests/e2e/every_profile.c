@@ -5,6 +5,7 @@
  * when the server drops it, it starts again. Ends with 0 when it has come to its end and a server was
  * always there to be connected to, whatever that did. */
 #include "classic_steps.h"
+#include "end_all.h"
 #include "low_energy_steps.h"
 
 #include <stdio.h>
@@ -46,17 +47,7 @@ static void start(void) {
 }
 
 static void finish(void) {
-    vym_audio_stream_done();
-    vym_hid_done();
-    vym_gatt_server_done();
-    vym_gatt_client_done();
-    vym_pbap_done();
-    vym_avrcp_done();
-    vym_a2dp_done();
-    vym_hfp_done();
-    vym_rfcomm_done();
-    vym_bluetooth_done();
-    vym_sdk_done();
+    end_all();
     server = -1;
 }
 

@@ -26,7 +26,7 @@ std::string complaint(const Field& field, const std::string& word) {
     return "no complaint";
 }
 
-TEST(Field, IsReadFromItsSpecification) {
+TEST(Field, IsReadFromTheTextOfItsRow) {
     const Field plain = read_field("level", kByte);
     EXPECT_EQ(plain.name, "level");
     EXPECT_EQ(plain.domain(), "a number from 0 to 255");

@@ -127,7 +127,7 @@ std::string complete_command_line(const std::string& line) {
     std::string rest;
     const OptionRow* open = nullptr;
     const bool begun = !line.empty() && line.back() != ' ';
-    const std::vector<std::string> words = split_specifications(line);
+    const std::vector<std::string> words = split_row(line);
     const std::string last = begun && !words.empty() ? words.back() : "";
     for (size_t i = 0; i + (begun ? 1 : 0) < words.size(); ++i) {
         const auto row = std::find_if(option_rows().begin(), option_rows().end(),
@@ -144,7 +144,7 @@ std::string complete_command_line(const std::string& line) {
     if (open != nullptr) {
         std::string choices = open->choices == nullptr ? "" : open->choices;
         std::replace(choices.begin(), choices.end(), '|', ' ');
-        for (const std::string& choice : split_specifications(choices)) {
+        for (const std::string& choice : split_row(choices)) {
             add_if_begun(found, choice, last);
         }
     } else if (!last.empty() && last[0] == '-') {

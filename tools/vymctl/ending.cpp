@@ -28,7 +28,7 @@ std::string shown(const Field& field, const Value& value) {
 } // namespace
 
 Ending::Ending(const Verb& verb, const Values& values) {
-    const std::vector<std::string> parts = split_specifications(verb.ends);
+    const std::vector<std::string> parts = split_row(verb.ends);
     if (parts.empty()) {
         return;
     }

@@ -166,25 +166,25 @@ Json Field::name_of(int64_t number) const {
     return low == -128 && number > 127 ? number - 256 : number;
 }
 
-Field read_field(std::string_view specification, FieldType type) {
+Field read_field(std::string_view text, FieldType type) {
     Field field;
     field.kind = type.kind;
     field.low = type.low;
     field.high = type.high;
-    const size_t question = specification.find('?');
+    const size_t question = text.find('?');
     if (question != std::string_view::npos) {
-        field.fallback = std::string(specification.substr(question + 1));
-        specification = specification.substr(0, question);
+        field.fallback = std::string(text.substr(question + 1));
+        text = text.substr(0, question);
     }
-    const size_t equals = specification.find('=');
-    field.name = specification.substr(0, equals);
+    const size_t equals = text.find('=');
+    field.name = text.substr(0, equals);
     if (equals != std::string_view::npos) {
-        read_domain(field, specification.substr(equals + 1));
+        read_domain(field, text.substr(equals + 1));
     }
     return field;
 }
 
-std::vector<std::string> split_specifications(std::string_view row) {
+std::vector<std::string> split_row(std::string_view row) {
     std::vector<std::string> parts;
     while (!row.empty()) {
         const size_t end = std::min(row.find(' '), row.size());

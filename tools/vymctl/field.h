@@ -45,7 +45,7 @@ struct Field {
     Json name_of(int64_t number) const;
 };
 
-/// What a specification does not say, its C type does.
+/// What the text of a field does not say, its C type does.
 struct FieldType {
     Kind kind;
     int64_t low;
@@ -54,10 +54,10 @@ struct FieldType {
 
 /// "name", "name=0..15", "name=off|on", "name=connected:2|gone:0", "name=text"; an argument may end in
 /// "?default". Throws std::logic_error when it is none of these.
-Field read_field(std::string_view specification, FieldType type);
+Field read_field(std::string_view text, FieldType type);
 
-/// The specifications in a row of a table, separated by blanks.
-std::vector<std::string> split_specifications(std::string_view row);
+/// What a row of a table says of each field, separated by blanks.
+std::vector<std::string> split_row(std::string_view row);
 
 /// One argument, read.
 struct Value {

@@ -20,6 +20,7 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <vym/vym_audio_stream.h>
 #include <vym/vym_debug.h>
 #include <vym/vym_sdk.h>
 
@@ -198,6 +199,7 @@ void Library::stop() {
         halt(it->name);
     }
     vym_sdk_done();
+    vym_audio_stream_done(); // a hand-over on its way has started a reader again
     started_ = false;
 }
 

@@ -102,7 +102,7 @@ void add_fields(std::vector<Field>& fields, const std::vector<std::string>& name
     if constexpr (is_count<Tuple, I>()) {
         return;
     } else if constexpr (Record<Type>::kFields != nullptr) {
-        for (const std::string& name : split_specifications(Record<Type>::kFields)) {
+        for (const std::string& name : split_row(Record<Type>::kFields)) {
             fields.push_back(read_field(name, {Kind::Number, 0, std::numeric_limits<uint32_t>::max()}));
         }
     } else if constexpr (std::is_same_v<Type, uint16_t*>) {
@@ -113,8 +113,8 @@ void add_fields(std::vector<Field>& fields, const std::vector<std::string>& name
 }
 
 template <typename Tuple, size_t... I>
-std::vector<Field> fields_of(const char* specifications, std::index_sequence<I...>) {
-    const std::vector<std::string> names = split_specifications(specifications);
+std::vector<Field> fields_of(const char* row, std::index_sequence<I...>) {
+    const std::vector<std::string> names = split_row(row);
     std::vector<Field> fields;
     size_t at = 0;
     (add_fields<Tuple, I>(fields, names, at), ...);

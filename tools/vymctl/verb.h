@@ -186,7 +186,7 @@ Outcome call(const F& function, Values& values, std::index_sequence<I...>) {
 
 } // namespace bind
 
-/// A row. `functions` are the exported names behind it, `parameters` their specifications; both are
+/// A row. `functions` are the exported names behind it, `parameters` what these take; both are
 /// separated by blanks.
 template <typename F>
 Verb verb(const char* name, const char* functions, F function, const char* parameters, const char* help,
@@ -195,8 +195,8 @@ Verb verb(const char* name, const char* functions, F function, const char* param
     constexpr auto kIndices = std::make_index_sequence<std::tuple_size_v<Tuple>>();
     Verb row;
     row.name = name;
-    row.functions = split_specifications(functions);
-    row.parameters = bind::parameters<Tuple>(split_specifications(parameters), kIndices);
+    row.functions = split_row(functions);
+    row.parameters = bind::parameters<Tuple>(split_row(parameters), kIndices);
     row.help = help;
     row.ends = ends;
     row.call = [function, kIndices](Values& values) {
