@@ -381,6 +381,26 @@ TEST(VymctlPrompt, AsksWhetherToPairAndCompletesTheAddressItHeardOf) {
     EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
 }
 
+TEST(VymctlPrompt, LeavesRoomForTypingWhileSomebodyTalks) {
+    RunningSim sim;
+    e2e::Terminal terminal(AtATerminal(sim), "vymctl> ");
+    for (const char* line : {"adapter enable", "hfp connect 2A:41:6E:6E:61:01"}) {
+        terminal.Type(std::string(line) + "\r");
+        EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
+    }
+    Ctl(sim, {"phone", "call", "+4930123456"});
+    EXPECT_TRUE(terminal.WaitFor("hfp.audio state=connected")) << terminal.Text();
+    EXPECT_TRUE(terminal.WaitFor("hfp.ring\r\n")) << terminal.Text();
+    EXPECT_TRUE(terminal.WaitFor("hfp.ring\r\n")) << "three seconds later\n" << terminal.Text();
+    EXPECT_EQ(terminal.Text().find("audio.packet"), std::string::npos) << terminal.Text();
+    terminal.Type("\x15"
+                  "monitor audio --timeout 1s\r");
+    EXPECT_TRUE(terminal.WaitFor("audio.packet stream=voice")) << terminal.Text();
+    EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
+    terminal.Type("exit\r");
+    EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
+}
+
 TEST(VymctlPrompt, AnInterruptEndsIt) {
     RunningSim sim;
     e2e::Terminal terminal(AtATerminal(sim), "vymctl> ");
