@@ -4,6 +4,7 @@
 #include "console/line_editor.h"
 
 #include <clocale>
+#include <cwchar>
 #include <histedit.h>
 #include <stdexcept>
 #include <string_view>
@@ -54,10 +55,18 @@ public:
             std::fflush(out_);
             el_set(edit_, EL_UNBUFFERED, 1);
             shown_ = true;
+            put_back();
         }
     }
 
-    void hide() override { put_away(); }
+    void hide() override {
+        if (shown_) {
+            const LineInfo* info = el_line(edit_);
+            half_typed_.assign(info->buffer, info->lastchar);
+            cursor_ = static_cast<size_t>(info->cursor - info->buffer);
+        }
+        put_away();
+    }
 
     Input read(std::string& line) override {
         int count = 0;
@@ -99,6 +108,31 @@ private:
         }
     }
 
+    // What was typed when the prompt was hidden: libedit forgets it.
+    void put_back() {
+        if (!half_typed_.empty()) {
+            el_insertstr(edit_, half_typed_.c_str());
+            el_cursor(edit_, -characters(std::string_view(half_typed_).substr(cursor_)));
+            el_set(edit_, EL_REFRESH);
+            half_typed_.clear();
+        }
+    }
+
+    // libedit counts characters, not bytes.
+    static int characters(std::string_view text) {
+        mbstate_t state{};
+        int count = 0;
+        while (!text.empty()) {
+            const size_t length = std::mbrlen(text.data(), text.size(), &state);
+            if (length == 0 || length > text.size()) {
+                break; // not a character of this locale
+            }
+            text.remove_prefix(length);
+            ++count;
+        }
+        return count;
+    }
+
     Input end() {
         put_away();
         std::fputc('\n', out_);
@@ -133,6 +167,8 @@ private:
     EditLine* edit_ = nullptr;
     ::History* history_ = nullptr;
     bool shown_ = false;
+    std::string half_typed_;
+    size_t cursor_ = 0;
 };
 
 } // namespace

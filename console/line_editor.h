@@ -29,7 +29,7 @@ public:
     LineEditor& operator=(LineEditor&&) = delete;
 
     virtual void show() = 0;
-    /// Before anything else is written to the terminal.
+    /// Before anything else is written to the terminal. What is half typed is kept and shown again.
     virtual void hide() = 0;
     /// To be called when standard input has something. A line is put into the history, and the prompt
     /// is hidden, as at the end.

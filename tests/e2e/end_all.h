@@ -4,17 +4,17 @@
 #ifndef VYM_TESTS_E2E_END_ALL_H
 #define VYM_TESTS_E2E_END_ALL_H
 
-#include "vym_a2dp.h"
-#include "vym_audio_stream.h"
-#include "vym_avrcp.h"
-#include "vym_bluetooth.h"
-#include "vym_gatt_client.h"
-#include "vym_gatt_server.h"
-#include "vym_hfp.h"
-#include "vym_hid.h"
-#include "vym_pbap.h"
-#include "vym_rfcomm.h"
-#include "vym_sdk.h"
+#include <vym/vym_a2dp.h>
+#include <vym/vym_audio_stream.h>
+#include <vym/vym_avrcp.h>
+#include <vym/vym_bluetooth.h>
+#include <vym/vym_gatt_client.h>
+#include <vym/vym_gatt_server.h>
+#include <vym/vym_hfp.h>
+#include <vym/vym_hid.h>
+#include <vym/vym_pbap.h>
+#include <vym/vym_rfcomm.h>
+#include <vym/vym_sdk.h>
 
 /* Ends all profiles and the library. The audio comes last: until the adapter's end a hand-over may
  * start its reader again. */

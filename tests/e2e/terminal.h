@@ -11,9 +11,11 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <poll.h>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -35,6 +37,7 @@ public:
                 dup2(terminal, fd);
             }
             setenv("TERM", "vt100", 1);
+            setenv("LC_ALL", "C.UTF-8", 1);
             std::vector<char*> arguments;
             for (std::string& word : command) {
                 arguments.push_back(word.data());
@@ -43,13 +46,15 @@ public:
             execv(arguments[0], arguments.data());
             _exit(127);
         }
-        EXPECT_TRUE(WaitFor(prompt)) << text_;
+        collector_ = std::thread([this] { Collect(); });
+        EXPECT_TRUE(WaitFor(prompt)) << Text();
     }
     ~Terminal() {
         if (pid_ > 0) {
             kill(pid_, SIGKILL);
             waitpid(pid_, nullptr, 0);
         }
+        collector_.join();
         close(master_);
     }
     Terminal(const Terminal&) = delete;
@@ -63,40 +68,49 @@ public:
 
     /** Whether this appears behind what was waited for before. */
     bool WaitFor(const std::string& words) {
-        for (;;) {
-            const size_t at = text_.find(words, seen_);
-            if (at != std::string::npos) {
-                seen_ = at + words.size();
-                return true;
-            }
-            pollfd entry{master_, POLLIN, 0};
-            std::array<char, 1024> chunk{};
-            const bool ready = poll(&entry, 1, static_cast<int>(support::TimeLimit().count())) == 1;
-            const ssize_t count = ready ? read(master_, chunk.data(), chunk.size()) : -1;
-            if (count <= 0) {
+        return support::WaitUntil([&] {
+            const std::string text = Text();
+            const size_t at = text.find(words, seen_);
+            if (at == std::string::npos) {
                 return false;
             }
-            text_.append(chunk.data(), static_cast<size_t>(count));
-        }
+            seen_ = at + words.size();
+            return true;
+        });
     }
 
+    /** As of a shell: 128 + n when signal n ended it; -1 when it did not end in time. */
     int ExitCode() {
-        int status = -1;
-        // What is written to a terminal that nobody reads may hold the writer up.
-        while (WaitFor("\n")) {
+        int status = 0;
+        if (!support::WaitUntil([&] { return waitpid(pid_, &status, WNOHANG) == pid_; })) {
+            return -1;
         }
-        EXPECT_EQ(waitpid(pid_, &status, 0), pid_);
         pid_ = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
-    const std::string& Text() const { return text_; }
+    /** What was written so far. */
+    std::string Text() const {
+        const std::lock_guard held(lock_);
+        return text_;
+    }
 
 private:
+    // All the time: what is written to a terminal that nobody reads holds the writer up.
+    void Collect() {
+        std::array<char, 1024> chunk{};
+        for (ssize_t count = 0; (count = read(master_, chunk.data(), chunk.size())) > 0;) {
+            const std::lock_guard held(lock_);
+            text_.append(chunk.data(), static_cast<size_t>(count));
+        }
+    }
+
     int master_;
     pid_t pid_ = -1;
-    std::string text_;
     size_t seen_ = 0;
+    mutable std::mutex lock_;
+    std::string text_;
+    std::thread collector_; // ends when the last program at the terminal has
 };
 
 } // namespace e2e

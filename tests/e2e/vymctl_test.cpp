@@ -360,6 +360,20 @@ TEST(VymctlPrompt, ShowsEventsThatComeWhileNobodyTypes) {
     EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
 }
 
+TEST(VymctlPrompt, KeepsWhatIsHalfTypedWhenAnEventComes) {
+    RunningSim sim;
+    e2e::Terminal terminal(AtATerminal(sim), "vymctl> ");
+    terminal.Type("adapter \xC3\xA4me\x02\x02\x02"); // the cursor goes back to a letter of two bytes
+    EXPECT_TRUE(terminal.WaitFor("adapter \xC3\xA4me")) << terminal.Text();
+    Ctl(sim, {"event", "HG0003"});
+    EXPECT_TRUE(terminal.WaitFor("hfp.battery level=3")) << terminal.Text();
+    EXPECT_TRUE(terminal.WaitFor("vymctl> adapter \xC3\xA4me")) << terminal.Text();
+    terminal.Type("\x04na\r");
+    EXPECT_TRUE(terminal.WaitFor("\nvym-sim\r\n")) << terminal.Text();
+    terminal.Type("\x04");
+    EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
+}
+
 TEST(VymctlPrompt, AsksWhetherToPairAndCompletesTheAddressItHeardOf) {
     RunningSim sim;
     e2e::Terminal terminal(AtATerminal(sim), "vymctl> ");
