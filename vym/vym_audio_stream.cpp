@@ -40,6 +40,7 @@ struct tag_data_transport {
     std::atomic<int> alive;
     std::atomic<int> fd; // -1 when none; keeps its number when the server ends the stream
     std::atomic<audio_stream_callback_t*> cbks;
+    bool deaf VYM_GUARDED_BY(lock); // no reader could be started on `fd`, so none will close it
     reader_t* readers VYM_GUARDED_BY(lock);
 };
 typedef struct tag_data_transport vym_audio_stream_data_transport_t;
@@ -58,6 +59,17 @@ void stop_all(bool superseded) VYM_REQUIRES(s_data_transport.lock) {
         stop(reader);
         reader->superseded = reader->superseded || superseded;
     }
+}
+
+// Another descriptor, or none, takes the place of the one in use.
+void replace_descriptor(int fd) VYM_REQUIRES(s_data_transport.lock) {
+    stop_all(true);
+    if (s_data_transport.deaf && s_data_transport.fd > 0) {
+        close(s_data_transport.fd);
+    }
+    s_data_transport.deaf = false;
+    s_data_transport.fd = fd;
+    s_data_transport.alive = 1;
 }
 
 // Waits for a stopped reader. The descriptor of the last session is left open, as ever: an application
@@ -134,9 +146,8 @@ void* data_transport_thread_proc(void* arg) {
 void start_reader(int fd) {
     join_others(true); // a server that hands over again and again leaves no threads behind
     vym::lock_guard held(s_data_transport.lock);
-    stop_all(true);
-    s_data_transport.alive = 1;
-    s_data_transport.fd = fd;
+    replace_descriptor(fd);
+    s_data_transport.deaf = true;
     auto* reader = static_cast<reader_t*>(calloc(1, sizeof(reader_t)));
     if (reader == nullptr) {
         return;
@@ -147,6 +158,7 @@ void start_reader(int fd) {
         free(reader);
         return;
     }
+    s_data_transport.deaf = false;
     reader->next = s_data_transport.readers;
     s_data_transport.readers = reader;
 }
@@ -190,10 +202,8 @@ void vym_audio_stream_init(audio_stream_callback_t* cbks) {
     printf("%s->%d:%s->%s\r\n", __func__, kInitLine, kBuildDate, kBuildTime);
     {
         vym::lock_guard held(s_data_transport.lock);
-        stop_all(true); // readers of an earlier init; they are joined at done
+        replace_descriptor(-1); // readers of an earlier init are joined at done
         s_data_transport.cbks = cbks;
-        s_data_transport.fd = -1;
-        s_data_transport.alive = 1;
     }
     vym_bluetooth_register_data_transport_callback(IPC_ID_AUDIO, on_data_transport_established);
 }

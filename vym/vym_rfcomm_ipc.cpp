@@ -27,7 +27,8 @@ static_assert(sizeof(rfcomm_msg_header_t) == kHeaderSize, "nothing may lie betwe
 struct channel_t {
     int fd;               // 0: the hand-over brought none
     unsigned generation;  // the init or done under which it came
-    unsigned references;  // guarded by the transport's lock
+    unsigned references;  // guarded by the transport's lock, as the next
+    bool deaf;            // no reader could be started, so none will end it
     vym::mutex send_lock; // a message goes out in one piece
 };
 
@@ -54,7 +55,7 @@ void drop(channel_t* channel) VYM_REQUIRES(s_data_transport.lock) {
 
 channel_t* make_channel(int fd) {
     void* room = malloc(sizeof(channel_t));
-    return room != nullptr ? new (room) channel_t{fd, 0, 0, {}} : nullptr;
+    return room != nullptr ? new (room) channel_t{fd, 0, 0, false, {}} : nullptr;
 }
 
 // A channel that another hand-over has replaced is read to its end: the server may still have messages
@@ -154,7 +155,8 @@ void start_reader(channel_t* channel) {
         pthread_detach(thread);
     } else {
         vym::lock_guard held(s_data_transport.lock);
-        drop(channel); // it can still be written to
+        channel->deaf = true; // it can still be written to
+        drop(channel);
     }
     // Failures are positive numbers, so the first message never comes. It has always been like this.
     if (result < 0) {
@@ -234,6 +236,13 @@ void close_session(bool alive, rfcomm_ipc_message_cbk cbk) {
 
 void close_data_transport() {
     close_session(false, nullptr);
+    {
+        vym::lock_guard held(s_data_transport.lock);
+        if (s_data_transport.channel != nullptr && s_data_transport.channel->deaf) {
+            drop(s_data_transport.channel);
+            s_data_transport.channel = nullptr;
+        }
+    }
     printf("%s quit.\n", __func__);
 }
 

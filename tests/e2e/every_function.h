@@ -8,6 +8,7 @@
 #include "e2e/end_all.h"
 #include "e2e/recording.h"
 #include "e2e/running_sim.h"
+#include "support/exercised.h"
 #include "support/output_capture.h"
 #include "vym_sdk.h"
 
@@ -17,17 +18,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-/**
- * A function (or variable) of the library, noted as exercised in this program: CALL(vym_hfp_dial)(...).
- * The note is made when the program is built, whichever of its tests run; so it must not stand in a
- * function that is inline or a template.
- */
-#define CALL(name)                                                                                     \
-    ([] {                                                                                              \
-        [[gnu::section("exercised"), gnu::used]] static const char* const exercised = #name;           \
-        return &::name;                                                                                \
-    }())
 
 namespace e2e {
 

@@ -11,57 +11,26 @@
 #include "vym_debug.h"
 #include "vym_pbap_queue.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <ostream>
 #include <sched.h>
-#include <set>
 #include <string>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <thread>
 #include <vector>
 
-/** Where the linker puts the notes of CALL. */
-extern const char* const first_exercised[] asm("__start_exercised");
-extern const char* const end_of_exercised[] asm("__stop_exercised");
-
 namespace {
 
 using e2e::Heard;
 using e2e::kPhone;
 
-std::set<std::string> ExportedNames() {
-    std::set<std::string> names;
-    std::ifstream map(VYM_EXPORTS);
-    for (std::string word; std::getline(map, word) && word.find("local:") == std::string::npos;) {
-        word.erase(0, word.find_first_not_of(' '));
-        if (!word.empty() && word.back() == ';') {
-            word.pop_back();
-            names.insert(word);
-        }
-    }
-    return names;
-}
-
-std::vector<std::string> Without(const std::set<std::string>& all, const std::set<std::string>& these) {
-    std::vector<std::string> rest;
-    std::set_difference(all.begin(), all.end(), these.begin(), these.end(), std::back_inserter(rest));
-    return rest;
-}
-
 TEST(EveryExport, IsExercisedAndNothingElse) {
-    const std::set<std::string> exported = ExportedNames();
-    const std::set<std::string> exercised(first_exercised, end_of_exercised);
-    EXPECT_GT(exported.size(), 200U);
-    EXPECT_EQ(Without(exported, exercised), std::vector<std::string>{}) << "have no CALL in a test";
-    EXPECT_EQ(Without(exercised, exported), std::vector<std::string>{}) << "are not exported";
+    support::ExpectEveryExportExercised(VYM_EXPORTS, {first_exercised, end_of_exercised});
 }
 
 class EveryStartAndStop : public ::testing::Test {

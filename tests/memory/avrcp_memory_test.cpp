@@ -19,53 +19,106 @@ uint8_t s_block[] = {'b'};
 AVRCP_IDPairStru s_pair = {1, 2};
 
 const CommandCase kCommands[] = {
-    {"play", [] { return vym_avrcp_play(kDevice); }, BT_STATUS_SUCCESS},
-    {"pause", [] { return vym_avrcp_pause(kDevice); }, BT_STATUS_SUCCESS},
-    {"stop", [] { return vym_avrcp_stop(kDevice); }, BT_STATUS_SUCCESS},
-    {"forward", [] { return vym_avrcp_forward(kDevice); }, BT_STATUS_SUCCESS},
-    {"backward", [] { return vym_avrcp_backward(kDevice); }, BT_STATUS_SUCCESS},
-    {"fast_forward", [] { return vym_avrcp_fast_forward(kDevice, 1); }, BT_STATUS_SUCCESS},
-    {"rewind", [] { return vym_avrcp_rewind(kDevice, 1); }, BT_STATUS_SUCCESS},
-    {"next_group", [] { return vym_avrcp_next_group(kDevice); }, BT_STATUS_SUCCESS},
-    {"previous_group", [] { return vym_avrcp_previous_group(kDevice); }, BT_STATUS_SUCCESS},
-    {"get_player_list", [] { return vym_avrcp_get_player_list(kDevice, 0, 1); }, BT_STATUS_SUCCESS},
-    {"get_nowplaying_list", [] { return vym_avrcp_get_nowplaying_list(kDevice, 0, 1); },
+    {"play",
+     [] { return CALL(vym_avrcp_play)(kDevice); },
+     {"AT#RCA1B2C3D4E5F64400\r\n", "AT#RCA1B2C3D4E5F64401\r\n"},
      BT_STATUS_SUCCESS},
-    {"set_addressed_player", [] { return vym_avrcp_set_addressed_player(kDevice, 1); },
+    {"pause",
+     [] { return CALL(vym_avrcp_pause)(kDevice); },
+     {"AT#RCA1B2C3D4E5F64600\r\n", "AT#RCA1B2C3D4E5F64601\r\n"},
      BT_STATUS_SUCCESS},
-    {"get_player_app_setting", [] { return vym_avrcp_get_player_app_setting(kDevice, 1, 1, s_block); },
-     BT_STATUS_NOMEM},
+    {"stop",
+     [] { return CALL(vym_avrcp_stop)(kDevice); },
+     {"AT#RCA1B2C3D4E5F64500\r\n", "AT#RCA1B2C3D4E5F64501\r\n"},
+     BT_STATUS_SUCCESS},
+    {"forward",
+     [] { return CALL(vym_avrcp_forward)(kDevice); },
+     {"AT#RCA1B2C3D4E5F64B00\r\n", "AT#RCA1B2C3D4E5F64B01\r\n"},
+     BT_STATUS_SUCCESS},
+    {"backward",
+     [] { return CALL(vym_avrcp_backward)(kDevice); },
+     {"AT#RCA1B2C3D4E5F64C00\r\n", "AT#RCA1B2C3D4E5F64C01\r\n"},
+     BT_STATUS_SUCCESS},
+    {"fast_forward",
+     [] { return CALL(vym_avrcp_fast_forward)(kDevice, 1); },
+     {"AT#RCA1B2C3D4E5F64900\r\n"},
+     BT_STATUS_SUCCESS},
+    {"rewind",
+     [] { return CALL(vym_avrcp_rewind)(kDevice, 1); },
+     {"AT#RCA1B2C3D4E5F64800\r\n"},
+     BT_STATUS_SUCCESS},
+    {"next_group",
+     [] { return CALL(vym_avrcp_next_group)(kDevice); },
+     {"AT#RDA1B2C3D4E5F60000\r\n", "AT#RDA1B2C3D4E5F60001\r\n"},
+     BT_STATUS_SUCCESS},
+    {"previous_group",
+     [] { return CALL(vym_avrcp_previous_group)(kDevice); },
+     {"AT#RDA1B2C3D4E5F60100\r\n", "AT#RDA1B2C3D4E5F60101\r\n"},
+     BT_STATUS_SUCCESS},
+    {"get_player_list",
+     [] { return CALL(vym_avrcp_get_player_list)(kDevice, 0, 1); },
+     {"AT#RMA1B2C3D4E5F60001\r\n"},
+     BT_STATUS_SUCCESS},
+    {"get_nowplaying_list",
+     [] { return CALL(vym_avrcp_get_nowplaying_list)(kDevice, 0, 1); },
+     {"AT#ROA1B2C3D4E5F60000000000000001\r\n"},
+     BT_STATUS_SUCCESS},
+    {"set_addressed_player",
+     [] { return CALL(vym_avrcp_set_addressed_player)(kDevice, 1); },
+     {"AT#RQA1B2C3D4E5F60001\r\n"},
+     BT_STATUS_SUCCESS},
+    {"get_player_app_setting",
+     [] { return CALL(vym_avrcp_get_player_app_setting)(kDevice, 1, 1, s_block); },
+     {"AT#REA1B2C3D4E5F6010001b\r\n"}},
     {"set_player_app_setting",
      [] {
-         return vym_avrcp_set_player_app_setting(kDevice, {1, &s_pair});
+         return CALL(vym_avrcp_set_player_app_setting)(kDevice, {1, &s_pair});
      },
-     BT_STATUS_NOMEM},
-    {"send_abs_vol_rsp", [] { return vym_avrcp_send_abs_vol_rsp(kDevice, 1); }, BT_STATUS_NOMEM},
-    {"send_register_abs_val_rsp", [] { return vym_avrcp_send_register_abs_val_rsp(kDevice, 1, 1); },
-     BT_STATUS_NOMEM},
-    {"get_folder_list", [] { return vym_avrcp_get_folder_list(kDevice, 0, 1); }, BT_STATUS_NOMEM},
-    {"change_folder_path", [] { return vym_avrcp_change_folder_path(kDevice, 1, 1, s_block); },
-     BT_STATUS_NOMEM},
-    {"get_total_number_of_items", [] { return vym_avrcp_get_total_number_of_items(kDevice); },
-     BT_STATUS_NOMEM},
-    {"play_item", [] { return vym_avrcp_play_item(kDevice, 1, 1, s_block); }, BT_STATUS_NOMEM},
-    {"cancel_browsing", [] { return vym_avrcp_cancel_browsing(kDevice); }, BT_STATUS_NOMEM},
-    {"connect_bip", [] { return vym_avrcp_connect_bip(kDevice, 1); }, BT_STATUS_NOMEM},
-    {"get_element_attribute", [] { return vym_avrcp_get_element_attribute(kDevice, 1, 1, s_block); },
-     BT_STATUS_NOMEM},
+     {"AT#RFA1B2C3D4E5F6010002\x01\x02\r\n"}},
+    {"send_abs_vol_rsp",
+     [] { return CALL(vym_avrcp_send_abs_vol_rsp)(kDevice, 1); },
+     {"AT#RGA1B2C3D4E5F60100\r\n"}},
+    {"send_register_abs_val_rsp",
+     [] { return CALL(vym_avrcp_send_register_abs_val_rsp)(kDevice, 1, 1); },
+     {"AT#RHA1B2C3D4E5F6010100\r\n"}},
+    {"get_folder_list",
+     [] { return CALL(vym_avrcp_get_folder_list)(kDevice, 0, 1); },
+     {"AT#RIA1B2C3D4E5F60000000000000001\r\n"}},
+    {"change_folder_path",
+     [] { return CALL(vym_avrcp_change_folder_path)(kDevice, 1, 1, s_block); },
+     {"AT#RJA1B2C3D4E5F6010001b\r\n"}},
+    {"get_total_number_of_items",
+     [] { return CALL(vym_avrcp_get_total_number_of_items)(kDevice); },
+     {"AT#RKA1B2C3D4E5F6\r\n"}},
+    {"play_item",
+     [] { return CALL(vym_avrcp_play_item)(kDevice, 1, 1, s_block); },
+     {"AT#RLA1B2C3D4E5F6010001b\r\n"}},
+    {"cancel_browsing",
+     [] { return CALL(vym_avrcp_cancel_browsing)(kDevice); },
+     {"AT#RVA1B2C3D4E5F6\r\n"}},
+    {"connect_bip",
+     [] { return CALL(vym_avrcp_connect_bip)(kDevice, 1); },
+     {"AT#RZAA1B2C3D4E5F600000001\r\n"}},
+    {"get_element_attribute",
+     [] { return CALL(vym_avrcp_get_element_attribute)(kDevice, 1, 1, s_block); },
+     {"AT#RZBA1B2C3D4E5F6000000010001b\r\n"}},
     {"get_element_attribute of none",
-     [] { return vym_avrcp_get_element_attribute(kDevice, 0, 0, nullptr); }, BT_STATUS_NOMEM},
+     [] { return CALL(vym_avrcp_get_element_attribute)(kDevice, 0, 0, nullptr); },
+     {"AT#RZBA1B2C3D4E5F6000000000000\r\n"}},
     {"get_linked_thumbnail",
-     [] { return vym_avrcp_get_linked_thumbnail(kDevice, 1, s_block, 1, s_block); }, BT_STATUS_NOMEM},
+     [] { return CALL(vym_avrcp_get_linked_thumbnail)(kDevice, 1, s_block, 1, s_block); },
+     {"AT#RZCA1B2C3D4E5F60001b0001b\r\n"}},
     {"get_image",
-     [] { return vym_avrcp_get_image(kDevice, 1, 1, s_block, 1, s_block, 1, s_block, 1, s_block); },
-     BT_STATUS_NOMEM},
+     [] {
+         return CALL(vym_avrcp_get_image)(kDevice, 1, 1, s_block, 1, s_block, 1, s_block, 1, s_block);
+     },
+     {"AT#RZDA1B2C3D4E5F6000000010001b0001b0001b0001b\r\n"}},
 };
 
 class AvrcpWithoutMemory : public avrcp::AvrcpWireTest {};
 
 TEST_F(AvrcpWithoutMemory, CommandsAreNotSentAndSomeSaySo) {
-    memory::ExpectNothingSent(Server(), kCommands);
+    memory::ExpectCommandsSurvive(Server(), kCommands);
 }
 
 TEST_F(AvrcpWithoutMemory, AKeyThatCannotBePressedIsReleased) {
@@ -99,18 +152,11 @@ TEST_F(AvrcpWithoutMemory, AParserIsNotMade) {
 }
 
 TEST_F(AvrcpWithoutMemory, InitMayFailAndBeRepeated) {
-    for (int skip = 0; skip < 3; ++skip) {
-        vym_avrcp_done();
-        {
-            const FailingAllocations failing(skip, 1);
-            vym_avrcp_init(avrcp::RecordingTable());
-            EXPECT_EQ(failing.Failed(), 1);
-        }
-        ExpectDelivered("RA4401", {});
-        vym_avrcp_done();
-        vym_avrcp_init(avrcp::RecordingTable());
-        ExpectDelivered("RA4401", {"handle_passthrough_rsp(68, 1)"});
-    }
+    memory::ExpectInitSurvives(
+        CALL(vym_avrcp_init), avrcp::RecordingTable(), CALL(vym_avrcp_done), [this](bool heard) {
+            ExpectDelivered("RA4401", heard ? std::vector<std::string>{"handle_passthrough_rsp(68, 1)"}
+                                            : std::vector<std::string>{});
+        });
 }
 
 } // namespace

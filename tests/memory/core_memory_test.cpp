@@ -6,12 +6,16 @@
 #include "internal_ev_process.h"
 #include "ring_buffer.h"
 #include "vym_audio_stream.h"
+#include "vym_bluetooth.h"
 #include "vym_sdk.h"
 #include "vym_unknown_event.h"
 
-#include "memory/failing_allocations.h"
+#include "memory/profile_memory.h"
 #include "support/probe_parser.h"
 
+#include <memory>
+#include <sched.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -48,35 +52,75 @@ protected:
     }
 };
 
-// Neither the parser of unknown events nor the staging buffer of internal ones can be made.
+// Neither the parser of unknown events nor the staging buffer of internal ones can be missed by the
+// application.
 TEST_F(StartWithoutMemory, ConnectsAndDeliversEventsAndMessages) {
     const support::TempDir directory;
     support::FakeServer server(directory.Path());
     support::ProbeParser probe;
-    {
-        const FailingAllocations failing;
-        ASSERT_GT(vym_sdk_init_ex(directory.Path().c_str()), 0);
-        EXPECT_EQ(failing.Failed(), 2);
+    const size_t held = memory::BlocksHeld();
+    int failures = 0;
+    memory::ForEachFailure([&](int skip) {
+        int failed = 0;
+        {
+            const FailingAllocations failing(skip, 1);
+            EXPECT_GT(CALL(vym_sdk_init_ex)(directory.Path().c_str()), 0);
+            failed = failing.Failed();
+        }
+        failures += failed;
+        EXPECT_TRUE(server.Accept());
+        register_event_parser(probe.Parser());
+        server.Send(Event("QQ01") + Event("XA01"));
+        EXPECT_TRUE(support::ProbeRecord().WaitForExactly({"XA(01)"})) << "the unknown one is consumed";
+        CALL(vym_internal_event_register)(RecordMessage);
+        EXPECT_EQ(vym_internal_event_send(7, 0, nullptr), 1);
+        EXPECT_TRUE(support::ProbeRecord().WaitForExactly({"XA(01)", "internal(7)"}));
+        vym_bluetooth_enable();
+        server.ExpectCommand("AT#PB\r\n");
+        server.ExpectNothingMore();
+        unregister_event_parser(probe.Parser());
+        const memory::CountedAllocations needed;
+        CALL(vym_sdk_done)();
+        EXPECT_EQ(needed.Asked(), 0);
+        EXPECT_EQ(memory::BlocksHeld(), held);
+        support::ProbeRecord().Reset();
+        return failed > 0;
+    });
+    EXPECT_EQ(failures, 2);
+}
+
+// The start that knows its directory is the same: here without a server, which takes no memory either.
+TEST_F(StartWithoutMemory, WithoutAServerFailsAsEver) {
+    const support::TempDir root;
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool inside = chroot(root.Path().c_str()) == 0 ||
+                            (unshare(CLONE_NEWUSER) == 0 && chroot(root.Path().c_str()) == 0);
+        const size_t held = memory::BlocksHeld();
+        bool as_ever = inside && chdir("/") == 0;
+        for (int skip = 0; skip < 3; ++skip) {
+            const FailingAllocations failing(skip, 1);
+            as_ever = as_ever && CALL(vym_sdk_init)() == -1 && failing.Failed() == (skip < 2 ? 1 : 0);
+            vym_sdk_done();
+            as_ever = as_ever && memory::BlocksHeld() == held;
+        }
+        _exit(as_ever ? 0 : 1);
     }
-    ASSERT_TRUE(server.Accept());
-    register_event_parser(probe.Parser());
-    server.Send(Event("QQ01") + Event("XA01"));
-    EXPECT_TRUE(support::ProbeRecord().WaitForExactly({"XA(01)"})) << "the unknown one is consumed";
-    vym_internal_event_register(RecordMessage);
-    EXPECT_EQ(vym_internal_event_send(7, 0, nullptr), 1);
-    EXPECT_TRUE(support::ProbeRecord().WaitForExactly({"XA(01)", "internal(7)"}));
-    unregister_event_parser(probe.Parser());
-    vym_sdk_done();
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << "changing the root directory needs root or user namespaces";
 }
 
 class MessagesWithoutMemory : public support::QuietTest {
 protected:
     void SetUp() override {
         QuietTest::SetUp();
-        vym_internal_event_init();
+        CALL(vym_internal_event_init)();
     }
     void TearDown() override {
-        vym_internal_event_done();
+        const memory::CountedAllocations needed;
+        CALL(vym_internal_event_done)();
+        EXPECT_EQ(needed.Asked(), 0);
         support::ProbeRecord().Reset();
         QuietTest::TearDown();
     }
@@ -118,46 +162,97 @@ protected:
     void TearDown() override {
         vym_audio_stream_done();
         AdapterTest::TearDown();
+        support::ProbeRecord().Reset();
     }
-    // The transport of a session is shut down at its end and stays open.
+    // The transport of a session is shut down at its end and stays open. One whose place another took
+    // does not, whether or not it had a reader.
     void AfterStop(const support::LeakCheck& leaks) override {
         const std::vector<int> left = leaks.LeftOpen();
-        EXPECT_EQ(left.size(), 1U);
+        EXPECT_EQ(left.size(), sessions_);
         for (const int fd : left) {
             close(fd);
         }
     }
 
     void HandOver(SocketPair& pair) {
+        const size_t before = Printed("on_data_transport_established(");
         Server().Send(Event("PD0100000007"));
         Server().SendDescriptor(pair.Far());
         pair.CloseFar();
-        EXPECT_TRUE(Output().WaitForOut("on_data_transport_established("));
+        EXPECT_TRUE(
+            support::WaitUntil([&] { return Printed("on_data_transport_established(") > before; }));
         EXPECT_TRUE(Session().EventsAreHandled());
     }
+    size_t Printed(const std::string& part) { return support::LinesWith(Output().Out(), part).size(); }
 
-    audio_stream_callback_t table_{[](uint8_t, uint8_t, uint16_t, uint8_t*) { ADD_FAILURE(); }};
+    // The packet is delivered, or its reader ends.
+    bool IsDelivered(const SocketPair& pair) {
+        const size_t ends = Printed(kEnd);
+        EXPECT_TRUE(support::WriteBytes(pair.Near(), Bytes({0, 5, 1, 0, 'x'})));
+        EXPECT_TRUE(support::WaitUntil(
+            [&] { return support::ProbeRecord().Size() > 0 || Printed(kEnd) > ends; }));
+        return support::ProbeRecord().Take() == std::vector<std::string>{"audio(1)"};
+    }
+    static void ExpectVoice(const SocketPair& pair) {
+        uint8_t voice = 'v';
+        EXPECT_EQ(vym_audio_stream_send(AUDIO_STREAM_TYPE_SCO, 0, 1, &voice), 1);
+        EXPECT_EQ(support::ReadBytes(pair.Near(), 1), "v");
+    }
+
+    static constexpr const char* kReader = "data_transport_thread_proc";
+    static constexpr const char* kEnd = "Data transport is broken!!! Type:Audio";
+    size_t sessions_ = 1;
+    audio_stream_callback_t table_{[](uint8_t, uint8_t, uint16_t len, uint8_t*) {
+        support::ProbeRecord().Add("audio(" + std::to_string(len) + ")");
+    }};
 };
 
-TEST_F(AudioWithoutMemory, APacketEndsTheReader) {
-    SocketPair pair;
-    HandOver(pair);
-    const FailingAllocations failing;
-    EXPECT_TRUE(support::WriteBytes(pair.Near(), Bytes({0, 5, 1, 0, 'x'})));
-    EXPECT_TRUE(Output().WaitForOut("Data transport is broken!!! Type:Audio"));
+TEST_F(AudioWithoutMemory, AHandOverHasNoReaderAndThenNoPacket) {
+    // Each in place of the one before.
+    std::vector<std::unique_ptr<SocketPair>> pairs;
+    memory::ForEachFailure([&](int skip) {
+        const FailingAllocations failing(skip, 1);
+        const size_t readers = Printed(kReader);
+        const SocketPair& pair = *pairs.emplace_back(std::make_unique<SocketPair>());
+        HandOver(*pairs.back());
+        ExpectVoice(pair);
+        if (skip == 0) {
+            EXPECT_EQ(Printed(kReader), readers);
+            return true;
+        }
+        EXPECT_EQ(IsDelivered(pair), skip > 1);
+        return failing.Failed() > 0;
+    });
+    EXPECT_EQ(pairs.size(), 3U);
+    sessions_ = 2; // the reader without a packet ended one
 }
 
-TEST_F(AudioWithoutMemory, AHandOverHasNoReader) {
-    SocketPair pair;
+TEST_F(AudioWithoutMemory, WithoutAThreadVoiceGoesOut) {
+    SocketPair deaf;
     {
-        const FailingAllocations failing;
-        HandOver(pair);
+        const memory::FailingThreads failing;
+        HandOver(deaf);
         EXPECT_EQ(failing.Failed(), 1);
     }
-    uint8_t voice = 'v';
-    EXPECT_EQ(vym_audio_stream_send(AUDIO_STREAM_TYPE_SCO, 0, 1, &voice), 1) << "voice goes out";
-    EXPECT_EQ(support::ReadBytes(pair.Near(), 1), "v");
-    EXPECT_EQ(Output().Out().find("data_transport_thread_proc"), std::string::npos);
+    ExpectVoice(deaf);
+    EXPECT_EQ(Printed(kReader), 0U);
+    SocketPair next;
+    HandOver(next);
+    EXPECT_TRUE(support::ReadsEndOfStream(deaf.Near())) << "nobody could have closed it any more";
+    EXPECT_TRUE(IsDelivered(next));
+}
+
+TEST_F(AudioWithoutMemory, AnotherInitClosesWhatHadNoReader) {
+    SocketPair deaf;
+    {
+        const memory::FailingThreads failing;
+        HandOver(deaf);
+    }
+    vym_audio_stream_init(&table_);
+    EXPECT_TRUE(support::ReadsEndOfStream(deaf.Near()));
+    SocketPair next;
+    HandOver(next);
+    EXPECT_TRUE(IsDelivered(next));
 }
 
 } // namespace

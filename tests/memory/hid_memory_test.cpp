@@ -19,20 +19,24 @@ uint8_t s_block[] = {'b'};
 const CommandCase kCommands[] = {
     {"register_app",
      [] {
-         return vym_hid_register_app(0x40, 1, s_block, 1, s_block, 1, s_block, 1, s_block, 1, s_block,
-                                     1, s_block);
-     }},
+         return CALL(vym_hid_register_app)(0x40, 1, s_block, 1, s_block, 1, s_block, 1, s_block, 1,
+                                           s_block, 1, s_block);
+     },
+     {"AT#DA400001b0001b0001b0001b0001b0001b\r\n"}},
     {"register_app of nothing",
      [] {
-         return vym_hid_register_app(0x40, 0, nullptr, 0, nullptr, 0, nullptr, 0, nullptr, 0, nullptr,
-                                     0, nullptr);
-     }},
-    {"unregister_app", [] { return vym_hid_unregister_app(); }},
-    {"send_report", [] { return vym_hid_send_report(1, 2, 1, s_block); }},
-    {"report_error", [] { return vym_hid_report_error_impl(1); }},
-    {"unplug", [] { return vym_hid_unplug_impl(); }},
-    {"connect", [] { return vym_hid_connect({}); }},
-    {"disconnect", [] { return vym_hid_disconnect(); }},
+         return CALL(vym_hid_register_app)(0x40, 0, nullptr, 0, nullptr, 0, nullptr, 0, nullptr, 0,
+                                           nullptr, 0, nullptr);
+     },
+     {"AT#DA40000000000000000000000000\r\n"}},
+    {"unregister_app", [] { return CALL(vym_hid_unregister_app)(); }, {"AT#DB\r\n"}},
+    {"send_report",
+     [] { return CALL(vym_hid_send_report)(1, 2, 1, s_block); },
+     {"AT#DC01000000020001b\r\n"}},
+    {"report_error", [] { return CALL(vym_hid_report_error_impl)(1); }, {"AT#DE01\r\n"}},
+    {"unplug", [] { return CALL(vym_hid_unplug_impl)(); }, {"AT#DF\r\n"}},
+    {"connect", [] { return CALL(vym_hid_connect)({}); }, {"AT#DG000000000000\r\n"}},
+    {"disconnect", [] { return CALL(vym_hid_disconnect)(); }, {"AT#DH\r\n"}},
 };
 
 hid_callback_t s_table = {};
@@ -64,7 +68,7 @@ protected:
 };
 
 TEST_F(HidWithoutMemory, CommandsAreNotSentAndSaySo) {
-    memory::ExpectNothingSent(Server(), kCommands);
+    memory::ExpectCommandsSurvive(Server(), kCommands);
 }
 
 TEST_F(HidWithoutMemory, TheHostsDataIsConsumed) {
@@ -79,18 +83,11 @@ TEST_F(HidWithoutMemory, AParserIsNotMade) {
 }
 
 TEST_F(HidWithoutMemory, InitMayFailAndBeRepeated) {
-    for (int skip = 0; skip < 3; ++skip) {
-        vym_hid_done();
-        {
-            const FailingAllocations failing(skip, 1);
-            vym_hid_init(&s_table);
-            EXPECT_EQ(failing.Failed(), 1);
-        }
-        ExpectFrom("DBA1B2C3D4E5F600000002", {});
-        vym_hid_done();
-        vym_hid_init(&s_table);
-        ExpectFrom("DBA1B2C3D4E5F600000002", {"connection(A1B2C3D4E5F6, 2)"});
-    }
+    memory::ExpectInitSurvives(CALL(vym_hid_init), &s_table, CALL(vym_hid_done), [this](bool heard) {
+        ExpectFrom("DBA1B2C3D4E5F600000002",
+                   heard ? std::vector<std::string>{"connection(A1B2C3D4E5F6, 2)"}
+                         : std::vector<std::string>{});
+    });
 }
 
 } // namespace

@@ -5,19 +5,12 @@
 
 #include "protocol/event_records.h"
 #include "protocol/generated_values.h"
+#include "protocol/modules.h"
 
 #include "support/session.h"
 #include "vym_bluetooth_impl.h"
 #include "vym_gatt_client_impl.h"
 #include "vym_rfcomm_impl.h"
-#include "wire/a2dp_profile.h"
-#include "wire/avrcp_support.h"
-#include "wire/gatt_client_profile.h"
-#include "wire/gatt_server_profile.h"
-#include "wire/hfp_profile.h"
-#include "wire/hid_profile.h"
-#include "wire/pbap_profile.h"
-#include "wire/rfcomm_support.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -26,6 +19,8 @@
 namespace {
 
 using generated::Kind;
+using modules::kModules;
+using modules::Module;
 using protocol::Decoded;
 using protocol::Direction;
 using protocol::Message;
@@ -33,32 +28,6 @@ using protocol::Profile;
 using protocol::Value;
 using records::Lines;
 using wire::Table;
-
-struct AvrcpProfile {
-    static void Init(Table kind) {
-        static avrcp_callback_t empty = {};
-        vym_avrcp_init(kind == Table::kWhole ? avrcp::RecordingTable() : &empty);
-    }
-    static void Done() { vym_avrcp_done(); }
-};
-
-struct Module {
-    const Profile* profile;
-    void (*init)(Table);
-    void (*done)();
-};
-
-// All but the adapter, which a session starts.
-const std::vector<Module> kModules = {
-    {&protocol::kRfcomm, wire::RfcommProfile::Init, wire::RfcommProfile::Done},
-    {&protocol::kHfp, wire::HfpProfile::Init, wire::HfpProfile::Done},
-    {&protocol::kA2dp, wire::A2dpProfile::Init, wire::A2dpProfile::Done},
-    {&protocol::kAvrcp, AvrcpProfile::Init, AvrcpProfile::Done},
-    {&protocol::kPbap, wire::PbapProfile::Init, wire::PbapProfile::Done},
-    {&protocol::kGattClient, gattc::Profile::Init, gattc::Profile::Done},
-    {&protocol::kGattServer, wire::GattServerProfile::Init, wire::GattServerProfile::Done},
-    {&protocol::kHid, wire::HidProfile::Init, wire::HidProfile::Done},
-};
 
 void TakeTransport(uint8_t id, int fd) {
     EXPECT_GT(fd, 0) << "the descriptor did not come";
