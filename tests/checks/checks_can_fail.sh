@@ -50,4 +50,8 @@ if "$cc" -fsyntax-only -aux-info "$scratch/none" -x c /dev/null 2> "$scratch/log
     refuses 'a function that is declared only' 'but not in libvym.a with C linkage: .*vym_sdk_done' \
         "$here/declarations.sh" "$cc" "$nm" "$readelf" "$include" "$sources" "$map" "$scratch/empty.o"
 fi
+printf 'typedef struct tag_new {\n    int new_member;\n} new_t;\n' > "$scratch/include/vym/bad.h"
+echo 'SIZE(old_t, 4);' > "$scratch/layouts.h"
+refuses 'a type without a layout' 'missing: new_t: new_t:new_member' \
+    "$here/layouts.sh" "$scratch/include" "$scratch/layouts.h"
 verdict 'each mistake was found'

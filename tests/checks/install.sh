@@ -4,12 +4,14 @@
 
 # An installed tree is complete, can be moved, and serves C and C++ applications, through pkg-config and
 # through CMake.
-# usage: install.sh <cmake> <build directory> <cc> <c++>
+# usage: install.sh <cmake> <build directory> <cc> <c++> <simulator's command>...
 # For a cross build: VYM_TOOLCHAIN, VYM_EMULATOR, and VYM_NO_CXX_PROGRAMS where only C programs can be linked.
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 here=$(cd "$(dirname "$0")" && pwd)
 cmake=$1 build=$2 cc=$3 cxx=$4 toolchain=${VYM_TOOLCHAIN-}
+shift 4
+simulator=("$@")
 read -ra emulator <<< "${VYM_EMULATOR-}"
 
 "$cmake" --install "$build" --prefix "$scratch/first" > "$scratch/log"
@@ -47,6 +49,32 @@ fi
 sed -n '/^```c$/,/^```$/{/^```/!p}' "$here/../../README.md" > "$scratch/readme.c"
 grep -q 'int main' "$scratch/readme.c" || complain 'README.md shows no C program'
 builds "README.md's program" "$scratch/readme.c" "$cc" -std=c99 -pthread || true
+
+# talks <title> <program>: it switches the simulated adapter on and asks for its name.
+talks() {
+    local dir=$scratch/server
+    mkdir "$dir"
+    if [[ ! -x ${simulator[-1]} ]]; then
+        complain "there is no simulator ${simulator[-1]}: cmake --preset dev && cmake --build build/dev --target vym-sim"
+        return
+    fi
+    "${simulator[@]}" --dir "$dir" > "$dir/out" 2> "$dir/err" &
+    local server=$!
+    for ((i = 0; i < 300; ++i)); do
+        ! grep -q 'listening on' "$dir/out" || break
+        sleep 0.1
+    done
+    timeout 60 "${emulator[@]}" "$2" "$dir" > "$scratch/talk" || complain "$1 failed"
+    kill "$server"
+    wait "$server" || true
+    grep -E '^(The adapter|It) is ' "$scratch/talk" > "$scratch/said" || true # the library prints too
+    printf 'The adapter is on.\nIt is called vym-sim.\n' | cmp -s - "$scratch/said" ||
+        complain "$1 says: $(cat "$scratch/talk")"
+}
+
+if builds 'the smallest example' "$here/../../examples/smallest.c" "$cc" -std=gnu99 -pthread; then
+    talks 'the smallest example' "$scratch/program"
+fi
 
 toolchain_option=()
 [[ -z $toolchain ]] || toolchain_option=("-DCMAKE_TOOLCHAIN_FILE=$toolchain")
