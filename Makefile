@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl evil lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -31,6 +31,12 @@ arm: ## the tests on 32-bit ARM under emulation
 evil: ## an application of all profiles against a server that misbehaves (EVIL_SEEDS=1000)
 	@scripts/evil
 
+fuzz: ## the fuzz targets, FUZZ_SECONDS (60) each
+	@scripts/fuzz
+
+fuzz-coverage: ## the lines of the library that the fuzz targets reach
+	@scripts/fuzz --coverage
+
 lint: ## formatting and static analysis
 	@scripts/lint
 
@@ -51,4 +57,4 @@ clean: ## remove everything that was built
 
 help: ## this list
 	@echo 'usage: make <target>'
-	@sed -n 's/^\([a-z]*\):[^#]*## \(.*\)$$/  \1|\2/p' Makefile | awk -F '|' '{ printf "%-11s %s\n", $$1, $$2 }'
+	@sed -n 's/^\([a-z-]*\):[^#]*## \(.*\)$$/  \1|\2/p' Makefile | awk -F '|' '{ printf "%-15s %s\n", $$1, $$2 }'

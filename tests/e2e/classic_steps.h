@@ -5,7 +5,7 @@
 #ifndef VYM_TESTS_E2E_CLASSIC_STEPS_H
 #define VYM_TESTS_E2E_CLASSIC_STEPS_H
 
-#include "classic_callbacks.h"
+#include "callbacks/classic_callbacks.h"
 #include "every_profile.h"
 
 #include <string.h>

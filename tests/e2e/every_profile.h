@@ -5,7 +5,7 @@
 #ifndef VYM_TESTS_E2E_EVERY_PROFILE_H
 #define VYM_TESTS_E2E_EVERY_PROFILE_H
 
-#include "reading.h"
+#include "awaiting.h"
 
 #include <vym/vym_sdk.h>
 
@@ -17,7 +17,6 @@
     }
 
 static bt_bdaddr_t phone = {{0x01, 0x61, 0x6E, 0x6E, 0x41, 0x2A}};
-static bt_bdaddr_t strap = {{0x74, 0x72, 0x61, 0x65, 0x48, 0xC6}};
 static bt_bdaddr_t laptop = {{0x70, 0x6F, 0x74, 0x70, 0x4C, 0x2E}};
 static bt_bdaddr_t receiver = {{0x01, 0x53, 0x53, 0x4E, 0x47, 0x2A}};
 static bt_uuid_t serial_port = SHORT_UUID(0x11, 0x01);

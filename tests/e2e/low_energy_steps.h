@@ -5,8 +5,8 @@
 #ifndef VYM_TESTS_E2E_LOW_ENERGY_STEPS_H
 #define VYM_TESTS_E2E_LOW_ENERGY_STEPS_H
 
+#include "callbacks/low_energy_callbacks.h"
 #include "every_profile.h"
-#include "low_energy_callbacks.h"
 
 static uint8_t client_if(void) {
     return (uint8_t)known(&named.client_if);

@@ -2,13 +2,16 @@
  * Copyright (c) 2026 The vym authors */
 
 /* Callbacks that read everything: the attribute protocol, both roles. */
-#ifndef VYM_TESTS_E2E_LOW_ENERGY_CALLBACKS_H
-#define VYM_TESTS_E2E_LOW_ENERGY_CALLBACKS_H
+#ifndef VYM_TESTS_SUPPORT_LOW_ENERGY_CALLBACKS_H
+#define VYM_TESTS_SUPPORT_LOW_ENERGY_CALLBACKS_H
 
-#include "every_profile.h"
+#include "reading.h"
 
 #include <vym/vym_gatt_client.h>
 #include <vym/vym_gatt_server.h>
+
+/* The sensor whose appearance is marked. */
+static bt_bdaddr_t strap = {{0x74, 0x72, 0x61, 0x65, 0x48, 0xC6}};
 
 static void gatt_client_scan_result(bt_bdaddr_t address, uint8_t rssi, uint16_t adv_dataLen,
                                     uint8_t* adv_data, uint8_t data_type) {

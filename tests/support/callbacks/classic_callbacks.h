@@ -2,8 +2,8 @@
  * Copyright (c) 2026 The vym authors */
 
 /* Callbacks that read everything: the adapter and the classic profiles. */
-#ifndef VYM_TESTS_E2E_CLASSIC_CALLBACKS_H
-#define VYM_TESTS_E2E_CLASSIC_CALLBACKS_H
+#ifndef VYM_TESTS_SUPPORT_CLASSIC_CALLBACKS_H
+#define VYM_TESTS_SUPPORT_CLASSIC_CALLBACKS_H
 
 #include "reading.h"
 

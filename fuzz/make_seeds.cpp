@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// Inputs to begin with, from the description of the protocol: each message with plain values, with
+// those that blocks escape, and with the greatest. usage: make_seeds DIRECTORY
+
+#include "protocol/protocol.h"
+#include "tests/protocol/generated_values.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+const std::string kNul(1, '\0');
+// How the input of a target that reads in pieces begins: everything at once, and byte by byte.
+const std::string kWhole(4, '\xFF');
+const std::string kBytes(4, '\x00');
+
+struct Way {
+    const char* name;
+    generated::Kind kind;
+};
+constexpr Way kWays[] = {{"plain", generated::Kind::kSmall},
+                         {"escaped", generated::Kind::kSpecial},
+                         {"greatest", generated::Kind::kMaximum}};
+
+void write(const std::filesystem::path& path, const std::string& bytes) {
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string encoded(const protocol::Message& message, generated::Kind kind) {
+    std::string all;
+    const size_t rounds = kind == generated::Kind::kSmall ? generated::Rounds(message.fields) : 1;
+    for (size_t round = 0; round < rounds; ++round) {
+        all += protocol::encode(message, generated::Values(kind, round).Of(message)) + kNul;
+    }
+    return all;
+}
+
+void write_seeds(const protocol::Profile& profile, const Way& way, const std::filesystem::path& root) {
+    const std::string name(profile.name);
+    std::string events;
+    std::string commands;
+    for (const protocol::Message& event : profile.events) {
+        const std::string text = encoded(event, way.kind);
+        write(root / (name + "_events") / (std::string(event.name) + "." + way.name), text);
+        write(root / "protocol_decoder" / (name + "_" + std::string(event.name) + "." + way.name),
+              text.substr(0, text.find('\0')));
+        events += text;
+    }
+    for (const protocol::Message& command : profile.commands) {
+        const std::string text = encoded(command, way.kind);
+        const std::string line = "AT#" + text.substr(0, text.find('\0'));
+        write(root / "protocol_decoder" /
+                  (name + "_" + std::string(command.name) + "_command." + way.name),
+              line);
+        commands += line + "\r\n";
+    }
+    write(root / "receive_loop" / (name + "." + way.name + ".whole"), kWhole + events);
+    write(root / "receive_loop" / (name + "." + way.name + ".bytes"), kBytes + events);
+    write(root / "sim_commands" / (name + "." + way.name), kWhole + "AT#PB\r\n" + commands);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: make_seeds DIRECTORY\n");
+        return 2;
+    }
+    std::filesystem::remove_all(argv[1]);
+    for (const protocol::Profile* profile : protocol::profiles()) {
+        for (const Way& way : kWays) {
+            write_seeds(*profile, way, argv[1]);
+        }
+    }
+    return 0;
+}
