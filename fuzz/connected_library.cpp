@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <mutex>
 #include <poll.h>
@@ -78,6 +79,27 @@ const Pair& handled() {
     return instance;
 }
 
+void begin_reading(const Lengths& lengths, size_t bytes) {
+    Reading& now = reading();
+    const std::lock_guard<std::mutex> held(now.lock);
+    now.lengths = lengths;
+    now.left_of_piece = 0;
+    now.left_of_all = bytes;
+}
+
+bool announces_descriptor(std::string_view event) {
+    return event.substr(0, 2) == "PD";
+}
+
+int descriptors_in(std::string_view events) {
+    int count = 0;
+    for (size_t at = 0; at < events.size() && count < kMostDescriptors;
+         at = events.find('\0', at) + 1) {
+        count += announces_descriptor(events.substr(at)) ? 1 : 0;
+    }
+    return count;
+}
+
 /// Takes the last event of all, and tells.
 int take_marker(event_parser_t*, uint8_t* buffer, int offset, int length) {
     if (length != 2 || buffer[offset] != kMarker || buffer[offset + 1] != 0 || !is_all_read()) {
@@ -138,12 +160,16 @@ void ConnectedLibrary::send(std::string_view text) {
     }
 }
 
-void ConnectedLibrary::send_event(std::string_view event, int* descriptors) {
-    send(event);
-    if (event.substr(0, 2) == "PD" && event.back() == '\0' && *descriptors > 0) {
-        --*descriptors;
-        const Pair pair; // whoever reads from it finds its end at once
-        send_descriptor(server_, std::string_view("\0", 1), pair.theirs());
+void ConnectedLibrary::send_events(std::string_view events, int descriptors) {
+    while (!events.empty()) {
+        const std::string_view event = events.substr(0, events.find('\0') + 1);
+        events.remove_prefix(event.size());
+        send(event);
+        if (announces_descriptor(event) && descriptors > 0) {
+            --descriptors;
+            const Pair pair; // whoever reads from it finds its end at once
+            send_descriptor(server_, std::string_view("\0", 1), pair.theirs());
+        }
     }
 }
 
@@ -151,7 +177,7 @@ void ConnectedLibrary::wait_until_handled() {
     std::array<char, 4096> commands{};
     pollfd waits[] = {{server_, POLLIN, 0}, {handled().theirs(), POLLIN, 0}};
     while (waits[1].revents == 0) {
-        require(poll(waits, 2, -1) > 0, "something happens");
+        require(poll(waits, 2, -1) > 0 || errno == EINTR, "something happens");
         // A server that does not read would have the library wait in the middle of an event.
         while (recv(server_, commands.data(), commands.size(), MSG_DONTWAIT) > 0) {
         }
@@ -160,32 +186,20 @@ void ConnectedLibrary::wait_until_handled() {
     require(read(handled().theirs(), &mark, 1) == 1, "the end is told once");
 }
 
-void ConnectedLibrary::receive(Lengths lengths, std::string_view text) {
+Told ConnectedLibrary::receive(Lengths lengths, std::string_view text) {
     const std::string all = std::string(text) + '\0' + static_cast<char>(kMarker) + '\0';
-    int announced = 0;
-    for (size_t at = 0; at < all.size(); at = all.find('\0', at) + 1) {
-        announced += std::string_view(all).substr(at, 2) == "PD" ? 1 : 0;
-    }
-    announced = std::min(announced, kMostDescriptors);
+    const int descriptors = descriptors_in(all);
+    const Told before{vym_callbacks_seen(), vym_callbacks_sum()};
     for (const vym_application_t& application : vym_applications) {
         application.start();
     }
-    {
-        Reading& now = reading();
-        const std::lock_guard<std::mutex> held(now.lock);
-        now.lengths = lengths;
-        now.left_of_piece = 0;
-        now.left_of_all = all.size() + static_cast<size_t>(announced);
-    }
-    for (size_t at = 0; at < all.size();) {
-        const size_t end = all.find('\0', at) + 1;
-        send_event(std::string_view(all).substr(at, end - at), &announced);
-        at = end;
-    }
+    begin_reading(lengths, all.size() + static_cast<size_t>(descriptors));
+    send_events(all, descriptors);
     wait_until_handled();
     for (int i = VYM_APPLICATIONS; i > 0; --i) {
         vym_applications[i - 1].stop();
     }
+    return {vym_callbacks_seen() - before.callbacks, vym_callbacks_sum() - before.sum};
 }
 
 } // namespace fuzz

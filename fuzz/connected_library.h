@@ -13,6 +13,12 @@
 
 namespace fuzz {
 
+/// What the applications were told: how many callbacks came, and the sum of what they were given.
+struct Told {
+    unsigned callbacks;
+    unsigned sum;
+};
+
 class ConnectedLibrary {
 public:
     /// Connects at the first call.
@@ -20,7 +26,7 @@ public:
 
     /// Has the receive thread read the text in pieces of these lengths, and an end of event behind it;
     /// returns when all of it has been dealt with. An event that announces a descriptor gets one.
-    void receive(Lengths lengths, std::string_view text);
+    Told receive(Lengths lengths, std::string_view text);
 
     ConnectedLibrary(const ConnectedLibrary&) = delete;
     ConnectedLibrary& operator=(const ConnectedLibrary&) = delete;
@@ -30,7 +36,7 @@ private:
     ~ConnectedLibrary();
 
     void send(std::string_view text);
-    void send_event(std::string_view event, int* descriptors);
+    void send_events(std::string_view events, int descriptors);
     void wait_until_handled();
 
     std::string directory_;

@@ -69,6 +69,12 @@ void send_all_and_end(int socket, std::string_view bytes) {
     shutdown(socket, SHUT_WR);
 }
 
+void wait_for_end(int socket) {
+    char byte = 0;
+    while (recv(socket, &byte, 1, 0) < 0 && errno == EINTR) {
+    }
+}
+
 void wait_until_read(int socket) {
     for (int unread = 1; unread != 0; sched_yield()) {
         require(ioctl(socket, SIOCOUTQ, &unread) == 0, "the system tells what is unread");

@@ -39,6 +39,9 @@ void hand_over(uint8_t id, int fd);
 /// Sends everything and the end of the stream.
 void send_all_and_end(int socket, std::string_view bytes);
 
+/// Waits until the peer has closed its end or sends something.
+void wait_for_end(int socket);
+
 /// Waits until the peer has read all that was sent.
 void wait_until_read(int socket);
 

@@ -15,9 +15,10 @@
 namespace {
 
 const std::string kNul(1, '\0');
-// How the input of a target that reads in pieces begins: everything at once, and byte by byte.
+// How the input of a target that reads in pieces begins: everything at once, and in pieces of 7, 31, 1
+// and 72 bytes.
 const std::string kWhole(4, '\xFF');
-const std::string kBytes(4, '\x00');
+const std::string kPieces("\x06\x1E\x00\x47", 4);
 
 struct Way {
     const char* name;
@@ -61,7 +62,7 @@ void write_seeds(const protocol::Profile& profile, const Way& way, const std::fi
         commands += line + "\r\n";
     }
     write(root / "receive_loop" / (name + "." + way.name + ".whole"), kWhole + events);
-    write(root / "receive_loop" / (name + "." + way.name + ".bytes"), kBytes + events);
+    write(root / "receive_loop" / (name + "." + way.name + ".pieces"), kPieces + events);
     write(root / "sim_commands" / (name + "." + way.name), kWhole + "AT#PB\r\n" + commands);
 }
 

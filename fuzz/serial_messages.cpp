@@ -10,7 +10,6 @@
 #include "vym_rfcomm_impl.h"
 
 #include <string>
-#include <sys/socket.h>
 
 namespace {
 
@@ -34,7 +33,6 @@ void read_to_end(vym_bluetooth_socket_t* socket, size_t step) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    char byte = 0;
     fuzz::require(fuzz::be_quiet(), "standard output can be closed");
     fuzz::Pair pair;
     vym_application_of("bluetooth")->start();
@@ -43,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::hand_over(IPC_ID_SPP, pair.theirs());
     pair.close_theirs();
     fuzz::send_all_and_end(pair.ours(), fuzz::text_of(data, size));
-    recv(pair.ours(), &byte, 1, 0); // until the reader has closed its end
+    fuzz::wait_for_end(pair.ours());
     read_to_end(sockets[0], 1);
     read_to_end(sockets[1], 1000);
     vym_application_of("rfcomm")->stop();

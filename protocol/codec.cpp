@@ -93,6 +93,15 @@ bool is_reversed(Type type) {
     return type == Type::Address || type == Type::UuidLast || type == Type::BigAddress;
 }
 
+/// Foreign text as part of a line.
+std::string quoted(std::string_view text) {
+    static constexpr Field kText{"", Type::Text};
+    Value value;
+    value.field = &kText;
+    value.bytes = text;
+    return to_text(value);
+}
+
 /// The values around one, from the inside out.
 struct Scope {
     const std::vector<Value>& values;
@@ -197,7 +206,7 @@ private:
         for (const char c : *digits) {
             const int digit = digit_of(c);
             if (digit < 0 || digit >= base) {
-                return fail(field, "\"" + std::string(*digits) + "\" is no number");
+                return fail(field, quoted(*digits) + " is no number");
             }
             *number = *number * static_cast<uint32_t>(base) + static_cast<uint32_t>(digit);
         }

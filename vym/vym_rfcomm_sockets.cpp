@@ -25,7 +25,7 @@ constexpr int kBufferSize = 2056;
 
 enum class phase : uint8_t {
     listed,    // found by events and data
-    set_aside, // of a session that has been stopped: only what it holds can be read
+    set_aside, // of a session that has been stopped: the application can read what it holds
     ended,     // gone for the application; reused when no thread is inside any more
 };
 
@@ -36,6 +36,7 @@ typedef struct rfcomm_connection_info_tag {
     uint8_t is_server;
     sem_t data_sync_event; // one post for each message and for the end
     phase at;
+    bool given;       // the application has a pointer to the socket
     unsigned readers; // threads inside a read
     struct rfcomm_connection_info_tag* next;
 } rfcomm_connection_info_t;
@@ -267,6 +268,7 @@ vym_bluetooth_socket_t* leave_server(server_t* server, uint8_t channel) {
         return one.is_server != 0 && one.socket.server_handle == channel;
     });
     if (record != nullptr) {
+        record->given = true;
         server->connected = 1;
     } else {
         server->at = service::ended;
@@ -290,8 +292,9 @@ void vym_rfcomm_forget_all(void) {
         end(server);
     }
     while (connection_t* record = s_lists.conn_list) {
-        if (record->readers > 0) {
+        if (record->readers > 0 || !record->given) {
             end(record);
+            clean_up(record);
             continue;
         }
         take_out(&s_lists.conn_list, record);
@@ -348,6 +351,9 @@ vym_bluetooth_socket_t* vym_rfcomm_find_client(bt_bdaddr_t address, uint8_t chan
         return one.is_server == 0 && one.socket.server_handle == channel &&
                memcmp(&one.socket.address, &address, sizeof address) == 0;
     });
+    if (record != nullptr) {
+        record->given = true;
+    }
     return record != nullptr ? &record->socket : nullptr;
 }
 

@@ -178,6 +178,7 @@ TEST(ProtocolCodec, WhatIsWrongIsSaidInOneLineAndTheRestIsKept) {
     EXPECT_EQ(Problem(Direction::Event, "ZZ00"), "unknown tag");
     EXPECT_EQ(Problem(Direction::Event, "BE0"), "state: ends after 1 of 2 characters");
     EXPECT_EQ(Problem(Direction::Event, "BEG1"), "state: \"G1\" is no number");
+    EXPECT_EQ(Problem(Direction::Event, "BE\n\""), R"(state: "\x0A\"" is no number)") << "one line";
     EXPECT_EQ(Problem(Direction::Event, "KC665544332211FFFFab"),
               "name: ends after 2 of 65535 characters");
     EXPECT_EQ(Problem(Direction::Event, "KC6655443322110002a\xDC"),
