@@ -9,24 +9,9 @@
 #include "vym_audio_stream.h"
 #include "vym_bluetooth.h"
 
-namespace {
-
-unsigned whole_packets(std::string_view stream) {
-    const auto byte = [&](size_t at) { return size_t{static_cast<uint8_t>(stream[at])}; };
-    const auto length = [&] { return byte(2) | byte(3) << 8U; };
-    unsigned count = 0;
-    while (stream.size() >= 4 && stream.size() - 4 >= length()) {
-        stream.remove_prefix(4 + length());
-        ++count;
-    }
-    return count;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::require(fuzz::be_quiet(), "standard output can be closed");
-    fuzz::Pair pair;
+    const fuzz::Pair pair;
     const unsigned before = vym_callbacks_seen();
     vym_application_of("bluetooth")->start();
     vym_listen_to_audio();
@@ -36,7 +21,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     vym_listen_to_audio(); // makes the descriptor the library's own to close
     vym_audio_stream_done();
     vym_application_of("bluetooth")->stop();
-    const unsigned count = vym_callbacks_seen() - before;
-    fuzz::require(count == whole_packets(fuzz::text_of(data, size)), "every packet is delivered");
+
+    unsigned packets = 0;
+    const auto length = [](std::string_view header) {
+        return fuzz::byte_at(header, 2) | fuzz::byte_at(header, 3) << 8U;
+    };
+    fuzz::each_message(fuzz::text_of(data, size), 4, length, [&](std::string_view) { ++packets; });
+    fuzz::require(vym_callbacks_seen() - before == packets, "every packet is delivered");
     return 0;
 }

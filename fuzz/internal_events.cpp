@@ -6,7 +6,6 @@
 #include "internal_ev_process.h"
 #include "target.h"
 
-#include <algorithm>
 #include <string>
 
 namespace {
@@ -14,38 +13,30 @@ namespace {
 std::string handled;
 
 void handle(ev_data_t* ev) {
-    const size_t kept = std::min<size_t>(ev->len, sizeof ev->value);
+    const size_t kept = ev->len < sizeof ev->value ? ev->len : sizeof ev->value;
     handled += static_cast<char>(ev->type);
     handled.append(reinterpret_cast<const char*>(ev->value), kept);
-}
-
-std::string expected(std::string_view stream) {
-    std::string all;
-    while (stream.size() >= 2 && stream.size() - 2 >= static_cast<uint8_t>(stream[1])) {
-        const size_t length = static_cast<uint8_t>(stream[1]);
-        all += stream[0];
-        all += stream.substr(2, std::min<size_t>(length, VYM_INTERNAL_EVENT_MAX_LEN));
-        stream.remove_prefix(2 + length);
-    }
-    return all;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string_view input = fuzz::text_of(data, size);
     std::string stream;
+    std::string expected;
     handled.clear();
     fuzz::require(fuzz::be_quiet(), "standard output can be closed");
     vym_internal_event_init();
     vym_internal_event_register(handle);
-    fuzz::in_pieces(input, [&](std::string_view piece) {
-        const fuzz::Exact bytes(piece);
-        push_ev_data(bytes.data(), bytes.size());
+    fuzz::in_pieces(fuzz::text_of(data, size), [&](std::string_view piece) {
+        push_ev_data(fuzz::Exact(piece).data(), piece.size());
         process_ev_data();
         stream += piece;
     });
     vym_internal_event_done();
-    fuzz::require(handled == expected(stream), "every message is handled");
+    const auto length = [](std::string_view header) { return fuzz::byte_at(header, 1); };
+    fuzz::each_message(stream, 2, length, [&](std::string_view message) {
+        expected += message[0] + std::string(message.substr(2, VYM_INTERNAL_EVENT_MAX_LEN));
+    });
+    fuzz::require(handled == expected, "every message is handled");
     return 0;
 }

@@ -11,6 +11,7 @@ namespace {
 // Text that fills the library's buffer and has no end is dropped, and how much of it depends on the
 // pieces.
 constexpr size_t kLongestEvent = 4000;
+constexpr size_t kMostPieces = 100;
 
 bool has_endless_text(std::string_view text) {
     for (size_t end = text.find('\0'); end != std::string_view::npos; end = text.find('\0')) {
@@ -26,7 +27,8 @@ bool has_endless_text(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string_view text = fuzz::text_of(data, size);
-    const fuzz::Lengths lengths(text);
+    fuzz::Lengths lengths(text);
+    lengths.raise_to(text.size() / kMostPieces);
     fuzz::ConnectedLibrary& library = fuzz::ConnectedLibrary::get();
     const fuzz::Told told = library.receive(lengths, text);
     const fuzz::Told at_once = library.receive({}, text);

@@ -65,6 +65,13 @@ public:
     /// Everything at once.
     Lengths() = default;
 
+    /// No piece is shorter, so that a long text is not made of too many.
+    void raise_to(size_t least) {
+        for (size_t& length : lengths_) {
+            length = length < least ? least : length;
+        }
+    }
+
     size_t next() { return lengths_[at_++ % kCount]; }
 
 private:
@@ -79,6 +86,20 @@ void in_pieces(std::string_view input, Each each) {
         const std::string_view piece = input.substr(0, lengths.next());
         input.remove_prefix(piece.size());
         each(piece);
+    }
+}
+
+inline size_t byte_at(std::string_view text, size_t at) {
+    return static_cast<uint8_t>(text[at]);
+}
+
+/// Calls each(message) for each whole message of a stream: a header and as much as length(header) says.
+template <class Length, class Each>
+void each_message(std::string_view stream, size_t header, Length length, Each each) {
+    while (stream.size() >= header && stream.size() - header >= length(stream)) {
+        const size_t size = header + length(stream);
+        each(stream.substr(0, size));
+        stream.remove_prefix(size);
     }
 }
 

@@ -72,6 +72,15 @@ TEST_F(RfcommWithoutMemory, AConnectionWithoutMemoryIsNoneAndEndsTheWait) {
     Finish(Connect());
 }
 
+TEST_F(RfcommWithoutMemory, AConnectionThatNobodyTookIsGivenBackWhenTheModuleStops) {
+    Handle({ConnectionResult("00001234")});
+    wire::RfcommProfile::Done();
+    wire::RfcommProfile::Init(wire::Table::kWhole);
+    const FailingAllocations failing(2); // the new connection's buffer and its storage
+    Handle({ConnectionResult("00001234")});
+    EXPECT_EQ(failing.Failed(), 0) << "its record is used again";
+}
+
 TEST_F(RfcommWithoutMemory, AServersConnectionWithoutMemoryEndsItsAccepts) {
     const ServerSocket server = Listen();
     std::list<Sleeper<ClientSocket>> accepting;
