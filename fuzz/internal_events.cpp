@@ -13,9 +13,8 @@ namespace {
 std::string handled;
 
 void handle(ev_data_t* ev) {
-    const size_t kept = ev->len < sizeof ev->value ? ev->len : sizeof ev->value;
     handled += static_cast<char>(ev->type);
-    handled.append(reinterpret_cast<const char*>(ev->value), kept);
+    handled += fuzz::text_of(ev->value, ev->len).substr(0, VYM_INTERNAL_EVENT_MAX_LEN);
 }
 
 } // namespace
