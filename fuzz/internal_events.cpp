@@ -13,20 +13,19 @@ namespace {
 std::string handled;
 
 void handle(ev_data_t* ev) {
-    handled += static_cast<char>(ev->type);
-    handled += fuzz::text_of(ev->value, ev->len).substr(0, VYM_INTERNAL_EVENT_MAX_LEN);
+    const size_t kept = ev->len < sizeof ev->value ? ev->len : sizeof ev->value;
+    handled.append(1, static_cast<char>(ev->type)).append(fuzz::text_of(ev->value, kept));
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string stream;
-    std::string expected;
+    std::string stream, expected;
     handled.clear();
     fuzz::require(fuzz::be_quiet(), "standard output can be closed");
     vym_internal_event_init();
     vym_internal_event_register(handle);
-    fuzz::in_pieces(fuzz::text_of(data, size), [&](std::string_view piece) {
+    fuzz::in_pieces(fuzz::text_of(data, size), 1000, [&](std::string_view piece) {
         push_ev_data(fuzz::Exact(piece).data(), piece.size());
         process_ev_data();
         stream += piece;

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     sim::Framer framer(
         {[&](std::string_view line) { sim.dispatcher().run(line); }, [](std::string_view, bool) {}});
     size_t fed = 0;
-    fuzz::in_pieces(fuzz::text_of(data, size), [&](std::string_view piece) {
+    fuzz::in_pieces(fuzz::text_of(data, size), 20, [&](std::string_view piece) {
         fed += piece.size();
         framer.feed(piece);
         sim.run_what_is_due();

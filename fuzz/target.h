@@ -79,10 +79,13 @@ private:
     size_t at_ = 0;
 };
 
-/// Cuts an input into the pieces that its first bytes tell and calls each(piece).
+/// Cuts an input into the pieces that its first bytes tell, about `most` of them, and calls
+/// each(piece).
 template <class Each>
-void in_pieces(std::string_view input, Each each) {
-    for (Lengths lengths(input); !input.empty();) {
+void in_pieces(std::string_view input, size_t most, Each each) {
+    Lengths lengths(input);
+    lengths.raise_to(input.size() / most);
+    while (!input.empty()) {
         const std::string_view piece = input.substr(0, lengths.next());
         input.remove_prefix(piece.size());
         each(piece);
