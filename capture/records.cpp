@@ -135,8 +135,9 @@ bool RecordReader::next(Record* record) {
     }
     record->number = ++number_;
     record->offset = offset();
+    const uint64_t time = uint64_t{word(header + 16)} << 32U | word(header + 20);
     record->time_us =
-        static_cast<int64_t>((uint64_t{word(header + 16)} << 32U | word(header + 20)) - kEpoch1970Us);
+        std::clamp(static_cast<int64_t>(time - kEpoch1970Us), -kFarthestTime, kFarthestTime);
     record->flags = word(header + 8);
     record->packet = {header + kRecordHeader, length};
     at_ += kRecordHeader + length;

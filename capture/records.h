@@ -14,6 +14,9 @@
 
 namespace capture {
 
+/// No record is further from 1970; damaged times are brought in. The time between any two is a number.
+inline constexpr int64_t kFarthestTime = (int64_t{1} << 62) - 1;
+
 struct Record {
     /// The first one in the file is 1.
     uint64_t number = 0;

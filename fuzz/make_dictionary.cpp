@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 The vym authors
 
-// Words for the fuzzer, from the description of the protocol.
-// usage: make_dictionary events [profile] | commands | both
+// Words for the fuzzer, from the description of the protocol and from what the simulator says of
+// itself. usage: make_dictionary events [profile] | commands | both | captures | worlds | scripts
 
+#include "capture/format.h"
 #include "protocol/protocol.h"
+#include "silent_sim.h"
+#include "world_file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <initializer_list>
 #include <set>
@@ -70,32 +74,92 @@ void print(const Words& words) {
     }
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    const std::string_view what = argc > 1 ? argv[1] : "";
-    const std::string_view profile_name = argc > 2 ? argv[2] : "";
-    if (what != "events" && what != "commands" && what != "both") {
-        std::fprintf(stderr, "usage: make_dictionary events [PROFILE] | commands | both\n");
-        return 2;
-    }
-    Words words;
+/// False when there is no such profile.
+bool add_protocol(std::string_view what, std::string_view profile_name, Words* words) {
+    bool found = false;
     for (const protocol::Profile* profile : protocol::profiles()) {
         if (!profile_name.empty() && profile->name != profile_name) {
             continue;
         }
+        found = true;
         if (what != "commands") {
-            add_messages(profile->events, "", std::string(1, '\0'), &words);
+            add_messages(profile->events, "", std::string(1, '\0'), words);
         }
         if (what != "events") {
-            add_messages(profile->commands, "AT#", "\r\n", &words);
+            add_messages(profile->commands, "AT#", "\r\n", words);
         }
     }
-    if (words.empty()) {
-        std::fprintf(stderr, "make_dictionary: there is no profile %s\n", argv[2]);
-        return 1;
+    add_values(words);
+    return found;
+}
+
+/// What records are made of.
+void add_records(Words* words) {
+    words->insert(std::string(capture::kFileHeader));
+    words->insert(std::string(capture::kVendorCommand));
+    words->insert(std::string(capture::kVendorEvent));
+    for (const char flags : {'\0', '\1', '\2', '\3'}) {
+        words->insert(std::string(3, '\0') + flags + std::string(4, '\0'));
     }
-    add_values(&words);
+}
+
+/// Every run of letters, digits and the like.
+void add_words_of(std::string_view text, Words* words) {
+    while (!text.empty()) {
+        const size_t end = std::min(text.size(), text.find_first_of(" \n\"[]{}|=,:"));
+        if (end > 0) {
+            words->insert(std::string(text.substr(0, end)));
+        }
+        text.remove_prefix(std::min(text.size(), end + 1));
+    }
+}
+
+void add_worlds(Words* words) {
+    add_words_of(sim::built_in_world_text(), words);
+    for (const char* sign : {"{", "}", "[", "]", ",", ":", "\"\"", "null", "true", "false", "1e9"}) {
+        words->insert(sign);
+    }
+}
+
+void add_scripts(Words* words) {
+    fuzz::SilentSim sim;
+    for (const std::string& line : sim.obey("help")) {
+        add_words_of(line, words);
+    }
+    for (const protocol::Profile* profile : protocol::profiles()) {
+        for (const protocol::Message& event : profile->events) {
+            words->insert(std::string(profile->name) + '.' + std::string(event.name));
+        }
+    }
+    add_protocol("commands", "", words);
+}
+
+bool add(std::string_view what, std::string_view profile_name, Words* words) {
+    if (what == "worlds") {
+        add_worlds(words);
+        return true;
+    }
+    if (what == "scripts") {
+        add_scripts(words);
+        return true;
+    }
+    if (what == "captures") {
+        add_records(words);
+        return add_protocol("both", "", words);
+    }
+    const bool is_known = what == "events" || what == "commands" || what == "both";
+    return is_known && add_protocol(what, profile_name, words);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Words words;
+    if (argc < 2 || !add(argv[1], argc > 2 ? argv[2] : "", &words)) {
+        std::fprintf(stderr, "usage: make_dictionary events [PROFILE] | commands | both | captures | "
+                             "worlds | scripts\n");
+        return 2;
+    }
     print(words);
     return 0;
 }

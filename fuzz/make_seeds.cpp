@@ -4,8 +4,11 @@
 // Inputs to begin with, from the description of the protocol: each message with plain values, with
 // those that blocks escape, and with the greatest. usage: make_seeds DIRECTORY
 
+#include "capture/format.h"
+#include "capture/writer.h"
 #include "protocol/protocol.h"
 #include "tests/protocol/generated_values.h"
+#include "world_file.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -33,6 +36,15 @@ void write(const std::filesystem::path& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
+/// As the library records one command, or what one read has brought.
+void record(std::string* file, bool is_command, std::string_view text) {
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, capture::kPiece);
+        text.remove_prefix(piece.size());
+        capture::append_piece(file, is_command, static_cast<int64_t>(file->size()), piece);
+    }
+}
+
 std::string encoded(const protocol::Message& message, generated::Kind kind) {
     std::string all;
     const size_t rounds = kind == generated::Kind::kSmall ? generated::Rounds(message.fields) : 1;
@@ -46,12 +58,15 @@ void write_seeds(const protocol::Profile& profile, const Way& way, const std::fi
     const std::string name(profile.name);
     std::string events;
     std::string commands;
+    std::string texts(2 * sizeof(int64_t), '\0'); // two times
+    std::string file(capture::kFileHeader);
     for (const protocol::Message& event : profile.events) {
         const std::string text = encoded(event, way.kind);
         write(root / (name + "_events") / (std::string(event.name) + "." + way.name), text);
         write(root / "protocol_decoder" / (name + "_" + std::string(event.name) + "." + way.name),
               text.substr(0, text.find('\0')));
         events += text;
+        record(&file, false, text);
     }
     for (const protocol::Message& command : profile.commands) {
         const std::string text = encoded(command, way.kind);
@@ -60,7 +75,13 @@ void write_seeds(const protocol::Profile& profile, const Way& way, const std::fi
                   (name + "_" + std::string(command.name) + "_command." + way.name),
               line);
         commands += line + "\r\n";
+        texts += line + "\r\n" + kNul;
+        record(&file, true, line + "\r\n");
     }
+    for (const char* target : {"capture", "trace_scrub", "sim_replay"}) {
+        write(root / target / (name + "." + way.name), file);
+    }
+    write(root / "trace_views" / (name + "." + way.name), texts + events);
     write(root / "receive_loop" / (name + "." + way.name + ".whole"), kWhole + events);
     write(root / "receive_loop" / (name + "." + way.name + ".pieces"), kPieces + events);
     write(root / "sim_commands" / (name + "." + way.name), kWhole + "AT#PB\r\n" + commands);
@@ -79,5 +100,6 @@ int main(int argc, char** argv) {
             write_seeds(*profile, way, argv[1]);
         }
     }
+    write(std::filesystem::path(argv[1]) / "sim_world" / "built_in", sim::built_in_world_text());
     return 0;
 }

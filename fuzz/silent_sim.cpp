@@ -3,6 +3,10 @@
 
 #include "silent_sim.h"
 
+#include "target.h"
+
+#include <optional>
+
 namespace fuzz {
 
 template <class Tell>
@@ -15,7 +19,6 @@ void SilentSim::tell_modules(Tell tell) {
 SilentSim::SilentSim() {
     static const sim::World world = sim::built_in_world();
     world_ = world;
-    sim::Clock::of(loop_).make_virtual({[] { return true; }, [] { return true; }});
     hub_.radio_on = [this] { tell_modules([](sim::Module& module) { module.radio_on(); }); };
     hub_.radio_off = [this] { tell_modules([](sim::Module& module) { module.radio_off(); }); };
     hub_.link_down = [this](const sim::Address& address) {
@@ -27,10 +30,26 @@ SilentSim::SilentSim() {
     modules_ = sim::make_modules(hub_);
     for (const auto& module : modules_) {
         dispatcher_.add(module->commands());
+        control_.add(module->verbs());
     }
 }
 
-void SilentSim::run_what_is_due() {
+std::vector<std::string> SilentSim::obey(std::string_view line) {
+    try {
+        control_.complete(line);
+        const std::optional<sim::Step> step = control_.parse(line);
+        session_->cancel();
+        const auto result =
+            step ? session_->run(*step, [](const sim::Result&) {}) : std::optional<sim::Result>();
+        return result ? result->lines : std::vector<std::string>();
+    } catch (const sim::Refused& refusal) {
+        require(std::string_view(refusal.what()).find('\n') == std::string_view::npos,
+                "one line says it");
+        return {};
+    }
+}
+
+void SilentLoop::run_what_is_due() {
     sim::Clock& clock = sim::Clock::of(loop_);
     clock.add(clock.now() + kMoment, [this] { loop_.stop(); });
     loop_.restart();

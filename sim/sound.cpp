@@ -79,7 +79,7 @@ Sound read_wav(const std::string& path) {
     for (size_t at = 12; at + 8 <= bytes.size();) {
         const std::string_view kind = bytes.substr(at, 4);
         const size_t size = from_le32(bytes.substr(at + 4, 4));
-        // A writer that was killed leaves a size that is wrong.
+        // A writer that was killed leaves a size that is wrong, and others do, too.
         const std::string_view data = bytes.substr(at + 8, size);
         if (kind == "fmt " && data.size() >= 16) {
             if (from_le16(data) != kPcm || from_le16(data.substr(14)) != kBits) {
@@ -90,7 +90,7 @@ Sound read_wav(const std::string& path) {
         } else if (kind == "data") {
             sound.samples = data;
         }
-        at += 8 + size + size % 2;
+        at += 8 + data.size() + data.size() % 2;
     }
     if (sound.rate == 0 || sound.channels == 0 || sound.samples.size() < sound.frame_bytes()) {
         throw SoundError(path + " has no sound in it; it needs a \"fmt \" and a \"data\" part");

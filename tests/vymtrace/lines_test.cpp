@@ -222,6 +222,17 @@ TEST(Damage, ACaptureMayEndAtAnyByte) {
 }
 
 // Each byte damaged in turn: whatever it does, the reader comes to its end and each line is whole.
+TEST(Damage, ATimeFarBeforeTheFirstYearIsBroughtNearer) {
+    std::string damaged = Events("PA01\0"s);
+    damaged.replace(16, 8, "\x80\0\0\0\0\0\0\0"s);
+    for (const char* view : {"--json", "--stats"}) {
+        EXPECT_EQ(Traces().Run(damaged + Events("PA00\0"s), {view}).code, 0) << view;
+    }
+    EXPECT_EQ(Traces().Run(damaged + Events("PA00\0"s), {}).out,
+              "-144169-01-29 19:36:32.572615      1 < bluetooth   onStateChanged state=1\n"
+              "2026-11-22 14:03:07.000000      2 < bluetooth   onStateChanged state=0\n");
+}
+
 TEST(Damage, AnyByteMayBeDamaged) {
     const Traces traces;
     const std::string whole = kHeader + Few();
