@@ -75,7 +75,7 @@ void write_seeds(const protocol::Profile& profile, const Way& way, const std::fi
                   (name + "_" + std::string(command.name) + "_command." + way.name),
               line);
         commands += line + "\r\n";
-        texts += line + "\r\n" + kNul;
+        texts.append(line).append("\r\n").append(kNul);
         record(&file, true, line + "\r\n");
     }
     for (const char* target : {"capture", "trace_scrub", "sim_replay"}) {

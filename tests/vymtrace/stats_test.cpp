@@ -86,6 +86,18 @@ TEST(Stats, TellThatTheClockWentBack) {
     EXPECT_EQ(nlohmann::json::parse(result.out)["clock_steps_back"], 1);
 }
 
+TEST(Stats, CountAnswersThatCameAgesLater) {
+    std::string asked = Command("AT#PV\r\n");
+    std::string answered = Events("PV1\0"s);
+    asked.replace(16, 8, "\x81\0\0\0\0\0\0\0"s);
+    answered.replace(16, 8, "\x7F\0\0\0\0\0\0\0"s);
+    const std::string three = asked + answered + asked + answered + asked + answered;
+    const auto json = nlohmann::json::parse(Traces().Run(three, {"--stats", "--json"}).out);
+    EXPECT_EQ(json["round_trips"][0]["answered"], 3);
+    EXPECT_DOUBLE_EQ(json["round_trips"][0]["mean_ms"].get<double>(), 9223372036854775.806);
+    EXPECT_DOUBLE_EQ(json["round_trips"][0]["longest_ms"].get<double>(), 9223372036854775.806);
+}
+
 TEST(RoundTrips, EachRequestIsInTheDescription) {
     for (const trace::Request& request : trace::requests()) {
         bool found = false;

@@ -20,7 +20,7 @@ void answer(RoundTrips::Times* times, int64_t now_us) {
     times->asked_us.reset();
     times->shortest_us = times->answered == 0 ? us : std::min(times->shortest_us, us);
     times->longest_us = times->answered == 0 ? us : std::max(times->longest_us, us);
-    times->sum_us += us;
+    times->sum_us += static_cast<double>(us);
     ++times->answered;
 }
 

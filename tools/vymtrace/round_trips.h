@@ -38,7 +38,8 @@ public:
         uint64_t unanswered = 0;
         int64_t shortest_us = 0;
         int64_t longest_us = 0;
-        int64_t sum_us = 0;
+        /// Of any number of damaged times.
+        double sum_us = 0;
         std::optional<int64_t> asked_us;
     };
     /// Of the requests that were made.

@@ -28,7 +28,7 @@ double milliseconds(int64_t us) {
 }
 
 double mean_ms(const RoundTrips::Times& times) {
-    return times.answered == 0 ? 0 : milliseconds(times.sum_us) / static_cast<double>(times.answered);
+    return times.answered == 0 ? 0 : times.sum_us / kMillisecond / static_cast<double>(times.answered);
 }
 
 template <typename... Values>
