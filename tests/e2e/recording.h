@@ -19,6 +19,7 @@
 #include "vym_rfcomm.h"
 
 #include <cstring>
+#include <functional>
 #include <string>
 #include <type_traits>
 
@@ -28,6 +29,14 @@ namespace e2e {
 inline support::Recorder& Heard() {
     static support::Recorder recorder;
     return recorder;
+}
+
+/** Where callbacks go; Heard() unless somebody takes them as they come. */
+inline std::function<void(const std::string&)>& Taker() {
+    static std::function<void(const std::string&)> taker = [](const std::string& call) {
+        Heard().Add(call);
+    };
+    return taker;
 }
 
 /** Values of a call, separated by commas. A pointer to bytes comes after their number, as in all
@@ -149,7 +158,7 @@ struct Listener;
 template <auto Member, class Table, class... Arguments>
 struct Listener<Member, void (*Table::*)(Arguments...)> {
     static inline std::string name;
-    static void Call(Arguments... arguments) { Heard().Add(CallText(name, arguments...)); }
+    static void Call(Arguments... arguments) { Taker()(CallText(name, arguments...)); }
 };
 
 /** The tables of all profiles, with a recording callback in every member. */
