@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage soak lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -36,6 +36,9 @@ fuzz: ## the fuzz targets, FUZZ_SECONDS (60) each
 
 fuzz-coverage: ## the lines of the library that the fuzz targets reach
 	@scripts/fuzz --coverage
+
+soak: ## millions of events and commands: nothing lost, nothing grown (SOAK_EVENTS, SOAK_COMMANDS)
+	@scripts/soak
 
 lint: ## formatting and static analysis
 	@scripts/lint

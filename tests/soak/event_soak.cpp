@@ -3,11 +3,11 @@
 
 #include "soak/event_soak.h"
 
-#include "e2e/recording.h"
+#include "soak/application.h"
+#include "soak/calls.h"
 #include "soak/feeder.h"
 #include "soak/process_size.h"
 #include "support/temp_dir.h"
-#include "vym_sdk.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -22,20 +22,6 @@
 
 namespace soak {
 namespace {
-
-/** How often a callback was called, and with what, in order. */
-struct Calls {
-    uint64_t count = 0;
-    uint64_t hash = 14695981039346656037U;
-
-    void Add(const std::string& text) {
-        ++count;
-        for (const char c : text) {
-            hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211U;
-        }
-    }
-    bool operator!=(const Calls& other) const { return count != other.count || hash != other.hash; }
-};
 
 /** Takes each call, and compares cycle with cycle. */
 class Receiver {
@@ -134,41 +120,6 @@ void TakeRssi(bt_bdaddr_t address, uint8_t /*status*/, uint8_t /*rssi*/) {
     receiver->TakeNumber(number);
 }
 
-/** A library with all profiles, connected. */
-class Application {
-public:
-    explicit Application(const std::string& directory) {
-        callbacks_.bluetooth.read_rssi_cb = TakeRssi;
-        vym_sdk_init_ex(directory.c_str());
-        vym_bluetooth_init(&callbacks_.bluetooth);
-        vym_rfcomm_init(&callbacks_.rfcomm);
-        vym_hfp_init(&callbacks_.hfp);
-        vym_a2dp_init(&callbacks_.a2dp);
-        vym_avrcp_init(&callbacks_.avrcp);
-        vym_pbap_init(&callbacks_.pbap);
-        vym_gatt_client_init(&callbacks_.gatt_client);
-        vym_gatt_server_init(&callbacks_.gatt_server);
-        vym_hid_init(&callbacks_.hid);
-    }
-    ~Application() {
-        vym_hid_done();
-        vym_gatt_server_done();
-        vym_gatt_client_done();
-        vym_pbap_done();
-        vym_avrcp_done();
-        vym_a2dp_done();
-        vym_hfp_done();
-        vym_rfcomm_done();
-        vym_bluetooth_done();
-        vym_sdk_done();
-    }
-    Application(const Application&) = delete;
-    Application& operator=(const Application&) = delete;
-
-private:
-    e2e::Callbacks callbacks_;
-};
-
 int ListenIn(const std::string& directory) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -213,7 +164,8 @@ bool SoakEvents(uint64_t count) {
     Flatness library("library", getpid());
     bool flat = false;
     {
-        const Application application(directory.Path());
+        const Application application(directory.Path(), TakeRssi);
+        vym_bluetooth_read_address(); // ready
         all.WaitForCycles(kCyclesAlone + cycles / 5);
         library.WarmedUp();
         all.WaitForCycles(cycles);

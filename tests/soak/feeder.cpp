@@ -26,6 +26,8 @@ constexpr size_t kSpacing = 7;
 // These bring a descriptor with them, and are what numbers travel in.
 constexpr std::string_view kTransport = "PD";
 constexpr std::string_view kNumber = "BS";
+// vym_bluetooth_read_address()
+constexpr std::string_view kReady = "AT#BTOR\r\n";
 
 void Add(std::vector<std::string>& cycle, std::string event) {
     cycle.push_back(std::move(event));
@@ -41,6 +43,16 @@ void AddAll(std::vector<std::string>& cycle, const protocol::Message& message) {
             generated::Values values(kind, round);
             Add(cycle, protocol::encode(message, values.Of(message)) + '\0');
         }
+    }
+}
+
+/** The application says that it is ready; before, it would miss events. */
+void WaitUntilReady(int client) {
+    std::array<char, kPiece> commands{};
+    std::string all;
+    for (ssize_t count = 1; count > 0 && all.find(kReady) == std::string::npos;) {
+        count = recv(client, commands.data(), commands.size(), 0);
+        all.append(commands.data(), count > 0 ? static_cast<size_t>(count) : 0);
     }
 }
 
@@ -98,6 +110,7 @@ std::vector<std::string> MakeCycle() {
 
 void Feed(int listener, const std::vector<std::string>& cycle, uint64_t cycles) {
     const int client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    WaitUntilReady(client);
     std::string piece;
     uint64_t number = 0;
     for (uint64_t i = 0; i < cycles; ++i) {

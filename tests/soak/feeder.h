@@ -21,7 +21,8 @@ std::string Numbered(uint64_t number);
 /** So many cycles begin with each event alone: what they come to is what the others are to come to. */
 constexpr uint64_t kCyclesAlone = 2;
 
-/** Serves the first client of a listening socket with whole cycles, then waits for its end. */
+/** Serves the first client of a listening socket with whole cycles once it asks for its address, then
+ * waits for its end. */
 void Feed(int listener, const std::vector<std::string>& cycle, uint64_t cycles);
 
 } // namespace soak

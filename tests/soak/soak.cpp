@@ -2,8 +2,9 @@
 // Copyright (c) 2026 The vym authors
 
 // Days of traffic in minutes: nothing is lost, and nothing grows.
-// SOAK_EVENTS says how much (100000).
+// usage: vym_soak SIMULATOR...   (its command line; SOAK_EVENTS and SOAK_COMMANDS say how much)
 
+#include "soak/command_soak.h"
 #include "soak/event_soak.h"
 
 #include <cstdio>
@@ -23,10 +24,13 @@ unsigned long long NumberOf(const char* name, const char* otherwise) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
     const unsigned long long events = NumberOf("SOAK_EVENTS", "100000");
-    if (events == 0) {
-        std::fprintf(stderr, "soak: SOAK_EVENTS is to be a number above 0\n");
+    const unsigned long long commands = NumberOf("SOAK_COMMANDS", "10000");
+    if (argc < 2 || events == 0 || commands == 0) {
+        std::fprintf(stderr,
+                     "usage: vym_soak SIMULATOR...   (SOAK_EVENTS and SOAK_COMMANDS are numbers "
+                     "above 0)\n");
         return 2;
     }
     // What the library says of each event.
@@ -35,7 +39,9 @@ int main() {
         return 1;
     }
     std::fprintf(stderr, "events:\n");
-    const bool good = soak::SoakEvents(events);
+    bool good = soak::SoakEvents(events);
+    std::fprintf(stderr, "commands:\n");
+    good = soak::SoakCommands(commands, {argv + 1, argv + argc}) && good;
     std::fprintf(stderr, good ? "soak: all is well\n" : "soak: FAILED\n");
     return good ? 0 : 1;
 }

@@ -30,6 +30,7 @@ public:
 
     [[nodiscard]] bool WaitForOut(const std::string& text, Milliseconds limit = TimeLimit()) const;
 
+    [[nodiscard]] pid_t Id() const { return pid_; }
     void Signal(int number) const;
 
     /** Its exit code; 128 + n when signal n ended it, -1 when it did not end in time. */
