@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage soak lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -30,6 +30,9 @@ arm: ## the tests on 32-bit ARM under emulation
 
 evil: ## an application of all profiles against a server that misbehaves (EVIL_SEEDS=1000)
 	@scripts/evil
+
+killed: ## the examples, and vymctl, against a server that is killed or stalls after each message
+	@scripts/killed
 
 fuzz: ## the fuzz targets, FUZZ_SECONDS (60) each
 	@scripts/fuzz

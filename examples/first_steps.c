@@ -6,7 +6,7 @@
  *
  * usage: first_steps DIRECTORY      (the directory of the server's socket)
  */
-#include "scene.h"
+#include "watch.h"
 
 #include <vym/vym_audio_stream.h>
 #include <vym/vym_bluetooth.h>
@@ -140,9 +140,11 @@ int main(int argc, char** argv) {
     scene_begin("first_steps", argv[1]);
 
     say("1. Connect to the server in %s", argv[1]);
-    if (vym_sdk_init_ex(argv[1]) < 0) {
+    const int connection = vym_sdk_init_ex(argv[1]);
+    if (connection < 0) {
         give_up("no server answers on %s/vym_socket; start vym-sim --dir %s", argv[1], argv[1]);
     }
+    watch_begin(connection);
     vym_bluetooth_init(&bluetooth_callbacks);
     vym_audio_stream_init(&audio_callbacks);
 
@@ -173,6 +175,7 @@ int main(int argc, char** argv) {
     vym_bluetooth_disable();
     await(&world.powered, 0, "power off");
 
+    watch_end();
     vym_bluetooth_done();
     vym_sdk_done();
     vym_audio_stream_done();

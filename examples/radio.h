@@ -6,7 +6,7 @@
 #ifndef VYM_EXAMPLES_RADIO_H
 #define VYM_EXAMPLES_RADIO_H
 
-#include "scene.h"
+#include "watch.h"
 
 #include <vym/vym_bluetooth.h>
 #include <vym/vym_sdk.h>
@@ -36,14 +36,17 @@ static bluetooth_callback_t radio_callbacks;
 
 /* Connects to the server; the profiles' init functions come next. */
 static inline void radio_begin(const char* program, int argc, char** argv) {
+    int connection = -1;
     if (argc != 2) {
         fprintf(stderr, "usage: %s DIRECTORY   (where the server's vym_socket is)\n", program);
         exit(2);
     }
     scene_begin(program, argv[1]);
-    if (vym_sdk_init_ex(argv[1]) < 0) {
+    connection = vym_sdk_init_ex(argv[1]);
+    if (connection < 0) {
         give_up("no server answers on %s/vym_socket; start vym-sim --dir %s", argv[1], argv[1]);
     }
+    watch_begin(connection);
     radio_callbacks.state_changed_cb = radio_state_changed;
     radio_callbacks.ssp_request_cb = radio_pairing_requested;
     radio_callbacks.bond_state_changed_cb = radio_bond_changed;
@@ -70,6 +73,7 @@ static inline void radio_off(void) {
 
 /* After them. */
 static inline void radio_end(void) {
+    watch_end();
     vym_bluetooth_done();
     vym_sdk_done();
     say("Done.");

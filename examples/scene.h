@@ -25,8 +25,9 @@ static struct {
     FILE* screen;
     pthread_mutex_t lock;
     pthread_cond_t changed;
+    pthread_mutex_t last_words;
     /* NOLINTNEXTLINE(modernize-use-nullptr): this is C, too. */
-} scene = {NULL, NULL, PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER};
+} scene = {NULL, NULL, PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, PTHREAD_MUTEX_INITIALIZER};
 
 /* One line on the screen. */
 static inline void say(const char* format, ...) {
@@ -40,9 +41,10 @@ static inline void say(const char* format, ...) {
     va_end(args);
 }
 
-/* Ends the program with one line that says why. */
+/* Ends the program with one line that says why. When two threads give up, the first one is heard. */
 __attribute__((noreturn)) static inline void give_up(const char* format, ...) {
     va_list args;
+    pthread_mutex_lock(&scene.last_words); /* for good */
     va_start(args, format);
     fprintf(stderr, "%s: ", scene.program);
     vfprintf(stderr, format, args);

@@ -40,15 +40,18 @@ static rfcomm_callback_t callbacks = {
 static int read_line(vym_bluetooth_socket_t* socket, char line[LINE_ROOM]) {
     size_t length = 0;
     char c = 0;
+    hurry("the end of a line");
     while (vym_rfcomm_read(socket, &c, 1) == 1) {
         if (c == '\n') {
             line[length] = '\0';
+            no_hurry();
             return 1;
         }
         if (c != '\r' && length < LINE_ROOM - 1) {
             line[length++] = c;
         }
     }
+    no_hurry();
     return 0;
 }
 
@@ -86,7 +89,9 @@ static void serve(void) {
         give_up("the server opened no channel within five seconds");
     }
     say("   our service is on channel %d", server->server_channel);
+    hurry("a caller");
     vym_bluetooth_socket_t* caller = vym_rfcomm_accept(server);
+    no_hurry();
     if (caller == NULL) {
         give_up("the service was closed before anybody connected");
     }
@@ -109,8 +114,10 @@ static void call(void) {
         give_up("the phone has no serial service");
     }
     say("   its service is on channel %d", noted(&service.channel));
+    hurry("the connection");
     vym_bluetooth_socket_t* socket =
         vym_rfcomm_connect(phone, serial_port, (uint8_t)noted(&service.channel));
+    no_hurry();
     if (socket == NULL) {
         give_up("the phone did not let us connect");
     }

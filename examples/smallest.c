@@ -5,8 +5,10 @@
  *
  * usage: smallest DIRECTORY      (the directory of the server's socket)
  */
+#define _POSIX_C_SOURCE 200809L
 #include <semaphore.h>
 #include <stdio.h>
+#include <time.h>
 #include <vym/vym_bluetooth.h>
 #include <vym/vym_sdk.h>
 
@@ -26,7 +28,11 @@ int main(int argc, char** argv) {
     }
     vym_bluetooth_init(&callbacks);
     vym_bluetooth_enable();
-    sem_wait(&switched);
+    struct timespec until = {.tv_sec = time(NULL) + 10};
+    if (sem_timedwait(&switched, &until) != 0) { /* a server that has gone says nothing */
+        fprintf(stderr, "The server did not switch it on within 10 s.\n");
+        return 1;
+    }
     printf("It is called %s.\n", (const char*)vym_bluetooth_get_name()->name);
     vym_bluetooth_done();
     vym_sdk_done();

@@ -171,6 +171,20 @@ void add_evil_option(CLI::App& app, sim::Options& options) {
         ->check(why_not_evil);
 }
 
+/// A server that is there no more, or as good as that.
+void add_end_options(CLI::App& app, sim::Options& options) {
+    constexpr unsigned kMost = 1000000000;
+    auto* kill = app.add_option("--kill-after", options.kill_after,
+                                "Be killed by signal 9 right after the N-th command or event")
+                     ->type_name("N")
+                     ->check(CLI::Range(1U, kMost));
+    app.add_option("--stall-after", options.stall_after,
+                   "Let nothing cross the socket any more after the N-th command or event")
+        ->type_name("N")
+        ->check(CLI::Range(1U, kMost))
+        ->excludes(kill);
+}
+
 /// What else the options say is for a simulator that is to be started.
 void only_dir_for_ctl(CLI::App& app) {
     CLI::App* ctl = app.get_subcommand("ctl");
@@ -204,6 +218,7 @@ Settings parse(CLI::App& app, int argc, char** argv) {
     add_control_options(app, settings);
     add_time_options(app, options);
     add_evil_option(app, options);
+    add_end_options(app, options);
     add_ring_options(app, ring_after_ms, ring_number);
     add_world_options(app, world_file, hall);
     SoundFiles sounds;

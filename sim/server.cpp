@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <asio/post.hpp>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -234,8 +235,22 @@ void Server::serve(Connection::Socket socket) {
     control_.look();
 }
 
+void Server::count_message() {
+    ++messages_;
+    if (messages_ == options_.kill_after) {
+        log_.note("killed");
+        static_cast<void>(std::raise(SIGKILL));
+    }
+    if (messages_ == options_.stall_after) {
+        log_.note("stalls for good");
+        stalled_ = true;
+        client_->hold(true);
+    }
+}
+
 void Server::received(std::string_view line) {
     control_.command_came(line);
+    count_message();
     misbehave_at(line);
     if (closing_) {
         // The client has sent more than what it was closed at.
@@ -292,6 +307,7 @@ void Server::send_in_turn(const Event& event, UniqueFd fd) {
     with_client(Clock::Turn::Event, [this, event, shared] {
         tell(event, static_cast<bool>(*shared));
         deliver(event, std::move(*shared));
+        count_message();
     });
 }
 

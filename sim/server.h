@@ -58,6 +58,10 @@ struct Options {
     std::chrono::milliseconds replay_grace = Replay::kGrace;
     /// None: the server behaves.
     std::optional<EvilOptions> evil{};
+    /// After so many messages, commands and events counted together, the server is killed; 0 for never.
+    unsigned kill_after = 0;
+    /// The same, and it lives, but nothing crosses the socket any more.
+    unsigned stall_after = 0;
 };
 
 /// Runs on the thread that runs the event loop; stop() is to be called there too.
@@ -86,6 +90,7 @@ private:
 
     void send_in_turn(const Event& event, UniqueFd fd);
     void tell(const Event& event, bool has_descriptor);
+    void count_message();
     void deliver(const Event& event, UniqueFd fd);
     void misbehave_at(std::string_view line);
     void carry_out(const Deeds& deeds, UniqueFd& fd);
@@ -144,6 +149,7 @@ private:
     /// Until the server is itself again.
     Timer stall_;
     bool stalled_ = false;
+    unsigned messages_ = 0;
     /// Which file the socket is: another server may have put its own in the same place since.
     dev_t device_ = 0;
     ino_t inode_ = 0;
