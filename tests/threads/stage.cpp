@@ -126,7 +126,7 @@ void Stage::MakeServerSocket() {
 
 // The phone's state asks for the list of calls, whose end makes it valid.
 void Stage::Ring() {
-    server_.SendEvents({"HX06", "HO010104001", "HQ1500"});
+    server_.SendEvents({"HX06", "HO010104001", "HQ0015"});
     ExpectHandled();
 }
 
