@@ -73,7 +73,7 @@ std::vector<std::string> Vymctl(const RunningSim& sim, std::vector<std::string> 
 }
 
 TEST(KilledServer, IsReportedByVymctl) {
-    RunningSim sim({"--kill-after", "4"});
+    RunningSim sim({"--kill-after", "1"});
     Process verb(Vymctl(sim, {"adapter", "enable"}));
     EXPECT_EQ(verb.ExitCode(), 3);
     EXPECT_EQ(support::Lines(verb.Err()).size(), 1U) << verb.Err();

@@ -71,7 +71,7 @@ class Children : public support::QuietTest {};
 
 TEST_F(Children, InheritNoDescriptorOfTheLibrary) {
     const support::SocketPair audio;
-    const support::SocketPair serial;
+    support::SocketPair serial;
     const support::SocketPair stray;
     const std::string before = OpenInAChild();
     const support::LeakCheck own;
@@ -95,6 +95,10 @@ TEST_F(Children, InheritNoDescriptorOfTheLibrary) {
         vym_rfcomm_done();
     }
     EXPECT_EQ(OpenInAChild(), before);
+    // The reader of the serial descriptor ends with that, and closes it.
+    serial.CloseFar();
+    serial.CloseNear();
+    EXPECT_TRUE(support::WaitUntil([&] { return own.LeftOpen().size() == 1; }));
     for (const int fd : own.LeftOpen()) {
         close(fd); // the audio descriptor stays open at the end of a session
     }
