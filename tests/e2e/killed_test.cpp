@@ -86,7 +86,8 @@ TEST(SilentServer, IsReportedByVymctl) {
     Process verb(Vymctl(sim, {"--timeout", "300ms", "adapter", "enable"}));
     EXPECT_EQ(verb.ExitCode(), 4);
     EXPECT_NE(verb.Err().find("timed out"), std::string::npos) << verb.Err();
-    EXPECT_NE(sim.Program().Err().find("   stalls for good\n"), std::string::npos);
+    EXPECT_TRUE(support::WaitUntil(
+        [&] { return sim.Program().Err().find("   stalls for good\n") != std::string::npos; }));
     sim.Program().Signal(SIGTERM);
     EXPECT_EQ(sim.Program().ExitCode(), 0);
 }

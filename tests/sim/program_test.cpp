@@ -5,10 +5,12 @@
 #include "running_sim.h"
 #include "sound.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -188,6 +190,39 @@ TEST(SimProgram, AKilledServerDoesNotStopTheNext) {
     EXPECT_EQ(next.line(), "vym-sim: listening on " + dir.path() + "/vym_socket\n");
     next.signal(SIGTERM);
     EXPECT_EQ(next.exit_code(), 0);
+}
+
+TEST(SimProgram, IsKilledAfterTheMessageThatItIsToldTo) {
+    constexpr std::array<const char*, 2> kEvents{"", "PVvym-sim 1.0"};
+    for (size_t after = 1; after <= kEvents.size(); ++after) { // a command, an event
+        const TemporaryDirectory dir;
+        Program program({"--dir", dir.path(), "--kill-after", std::to_string(after)});
+        ASSERT_NE(program.line(), "");
+        TestClient client(dir.path());
+        client.send("AT#PV\r\n");
+        EXPECT_EQ(program.exit_code(), -SIGKILL);
+        const std::string expected = kEvents[after - 1];
+        char room[64];
+        const ssize_t count = recv(client.fd(), room, sizeof room, MSG_WAITALL);
+        const size_t length = expected.empty() ? 0 : expected.size() + 1;
+        EXPECT_EQ(std::string(room, static_cast<size_t>(std::max<ssize_t>(count, 0))),
+                  std::string(expected.c_str(), length));
+    }
+}
+
+TEST(SimProgram, FallsSilentAfterTheMessageThatItIsToldTo) {
+    const TemporaryDirectory dir;
+    Program program({"--dir", dir.path(), "--stall-after", "2"});
+    ASSERT_NE(program.line(), "");
+    TestClient client(dir.path());
+    client.send("AT#PV\r\n");
+    EXPECT_EQ(client.event(), "PVvym-sim 1.0");
+    client.send("AT#PV\r\n");
+    // It goes on reading nothing: what was sent stays in the socket.
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exit_code(), 0);
+    char byte = 0;
+    EXPECT_LE(recv(client.fd(), &byte, 1, 0), 0);
 }
 
 TEST(SimProgram, ASecondServerInOneDirectoryIsRefused) {

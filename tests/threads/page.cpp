@@ -47,10 +47,13 @@ Seen WatchOne(const Function& function) {
     }
     std::atomic<bool> returned{false};
     std::thread rescuer([&] {
-        // Whatever it waits for comes only when it waits: an answer ahead of it would end the wait.
+        // Whatever it waits for comes only when it waits, and once: the library would remember another
+        // answer, and the next call would not wait.
+        bool rescued = false;
         EXPECT_TRUE(support::WaitUntil([&] {
-            if (function.rescue != nullptr && EndlessWaits() > 0) {
+            if (function.rescue != nullptr && !rescued && EndlessWaits() > 0) {
                 function.rescue();
+                rescued = true;
             }
             return returned.load();
         }));
