@@ -80,8 +80,7 @@ static void on_searched(uint16_t connection, uint8_t status) {
     note(&strap.searched, 1);
 }
 
-/* Each answer names one characteristic; asking again from there brings the next, until there is none.
- */
+/* Each answer names one characteristic; asking again from there brings the next, if there is one. */
 static void on_characteristic(uint16_t connection, uint8_t status, uint8_t service_type,
                               uint16_t service_instance, bt_uuid_t service, uint16_t instance,
                               bt_uuid_t uuid, int properties) {
@@ -168,7 +167,9 @@ int main(int argc, char** argv) {
     vym_gatt_client_scan(0);
 
     say("2. Connect");
+    hurry("its registration of us");
     vym_gatt_client_connect(strap.address, 1, GATT_TRANSPORT_LE);
+    no_hurry();
     await(&strap.connected, 1, "the connection");
     vym_gatt_client_configure_mtu(strap.connection, WANTED_MTU);
     await(&strap.mtu_known, 1, "the size of packets");

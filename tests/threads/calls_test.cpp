@@ -22,7 +22,6 @@ namespace {
 
 using e2e::Heard;
 using generated::Kind;
-using support::Event;
 using threads::Callback;
 using threads::Function;
 using threads::Names;

@@ -9,7 +9,6 @@
 #include <cxxabi.h>
 #include <elf.h>
 #include <fstream>
-#include <iterator>
 #include <link.h>
 #include <memory>
 #include <vector>
@@ -48,8 +47,9 @@ std::string Stem(const std::string& file) {
 }
 
 std::vector<Variable> ReadVariables() {
-    std::ifstream stream("/proc/self/exe", std::ios::binary);
-    const std::string file{std::istreambuf_iterator<char>(stream), {}};
+    std::ifstream stream("/proc/self/exe", std::ios::binary | std::ios::ate);
+    std::string file(static_cast<size_t>(std::max<std::streamoff>(stream.tellg(), 0)), '\0');
+    stream.seekg(0).read(file.data(), static_cast<std::streamsize>(file.size()));
     ElfW(Ehdr) header{};
     memcpy(&header, file.data(), std::min(file.size(), sizeof header));
     std::vector<ElfW(Shdr)> sections(header.e_shnum);
@@ -69,7 +69,7 @@ std::vector<Variable> ReadVariables() {
         if (type == STT_FILE) {
             module = Stem(name); // local symbols follow the file they are of
         } else if (type == STT_OBJECT && symbol.st_size > 0) {
-            variables.push_back({symbol.st_value, symbol.st_size, Demangled(name), module});
+            variables.push_back({symbol.st_value, symbol.st_size, name, module});
             if (strcmp(name, "vym_threads_landmark") == 0) {
                 base = reinterpret_cast<uintptr_t>(&vym_threads_landmark) - symbol.st_value;
             }
@@ -104,7 +104,7 @@ std::string LockName(const void* lock) {
     if (found->module == "vym_rfcomm_ipc" && at != found->begin) {
         return "`delivery` (vym_rfcomm_ipc)";
     }
-    return "`" + found->name + "` (" + found->module + ")";
+    return "`" + Demangled(found->name.c_str()) + "` (" + found->module + ")";
 }
 
 } // namespace threads
