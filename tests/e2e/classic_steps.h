@@ -6,6 +6,7 @@
 #define VYM_TESTS_E2E_CLASSIC_STEPS_H
 
 #include "callbacks/classic_callbacks.h"
+#include "callbacks/low_energy_callbacks.h"
 #include "every_profile.h"
 
 #include <string.h>
