@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// What no client can be quicker than: the system calls alone.
+//   plain    read and look for the end; write; write and read
+//   append   the same, and each message appended to a file with one gathered write
+//   decode   read, every field of the notification decoded, and a callback
+
+#include "candidate.h"
+#include "meter.h"
+#include "sockets.h"
+#include "workload.h"
+
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/time.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace bench {
+namespace {
+
+constexpr char kStart[] = "AT#KD0101\r\n";
+constexpr char kAskName[] = "AT#BA01\r\n";
+
+// Appends to a file what a capture does: a head and the text, in one write.
+class Appender {
+public:
+    explicit Appender(const Job& job)
+        : fd_(job.variant == "append" ? open((job.directory + "/floor.log").c_str(),
+                                             O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0664)
+                                      : -1) {}
+    ~Appender() {
+        if (fd_ >= 0) {
+            close(fd_);
+        }
+    }
+    Appender(const Appender&) = delete;
+    Appender& operator=(const Appender&) = delete;
+    Appender(Appender&&) = delete;
+    Appender& operator=(Appender&&) = delete;
+
+    void append(const char* text, size_t length) {
+        if (fd_ < 0) {
+            return;
+        }
+        timeval now{};
+        gettimeofday(&now, nullptr);
+        std::memcpy(head_.data() + 16, &now.tv_usec, 8);
+        std::array<iovec, 2> parts = {iovec{head_.data(), head_.size()},
+                                      iovec{const_cast<char*>(text), length}};
+        if (writev(fd_, parts.data(), 2) < 0) {
+            give_up("append");
+        }
+    }
+
+private:
+    int fd_;
+    std::array<char, 28> head_{};
+};
+
+struct Notification {
+    uint16_t connection = 0;
+    std::array<uint8_t, 6> address{};
+    uint16_t service_instance = 0;
+    std::array<uint8_t, 16> service{};
+    uint16_t value_instance = 0;
+    std::array<uint8_t, 16> characteristic{};
+    std::array<uint8_t, 64> data{};
+    size_t size = 0;
+};
+
+// So that the compiler does not see what is behind the call.
+void (*volatile s_callback)(const Notification&) = [](const Notification&) {};
+
+constexpr std::array<uint8_t, 256> kDigits = [] {
+    std::array<uint8_t, 256> digits{};
+    for (unsigned i = 0; i < 10; ++i) {
+        digits['0' + i] = static_cast<uint8_t>(i);
+    }
+    for (unsigned i = 0; i < 6; ++i) {
+        digits['A' + i] = digits['a' + i] = static_cast<uint8_t>(10 + i);
+    }
+    return digits;
+}();
+
+uint8_t byte_at(const char* at) {
+    return static_cast<uint8_t>(kDigits[static_cast<uint8_t>(at[0])] << 4 |
+                                kDigits[static_cast<uint8_t>(at[1])]);
+}
+
+uint16_t word_at(const char* at) {
+    return static_cast<uint16_t>(byte_at(at) << 8 | byte_at(at + 2));
+}
+
+template <size_t Size>
+const char* bytes_at(const char* at, std::array<uint8_t, Size>* bytes) {
+    for (uint8_t& byte : *bytes) {
+        byte = byte_at(at);
+        at += 2;
+    }
+    return at;
+}
+
+void decode(const char* at, const char* end) {
+    Notification value;
+    value.connection = word_at(at + 2);
+    at = bytes_at(at + 6, &value.address);
+    value.service_instance = word_at(at + 2);
+    at = bytes_at(at + 6, &value.service);
+    value.value_instance = word_at(at);
+    at = bytes_at(at + 4, &value.characteristic);
+    value.size = word_at(at + 2);
+    at += 6;
+    if (value.size <= value.data.size() && value.size <= static_cast<size_t>(end - at)) {
+        std::memcpy(value.data.data(), at, value.size);
+        s_callback(value);
+    }
+}
+
+std::string events(const Job& job) {
+    const int fd = connect_to(job.socket_path());
+    const bool decoding = job.variant == "decode";
+    Appender log(job);
+    Meter meter(kWarmUp, job.count);
+    std::array<char, 4096> room{};
+    size_t kept = 0;
+    write_all(fd, kStart);
+    while (!meter.done()) {
+        const ssize_t got = read(fd, room.data() + kept, room.size() - kept);
+        if (got <= 0) {
+            give_up("read");
+        }
+        log.append(room.data() + kept, static_cast<size_t>(got));
+        const char* at = room.data();
+        const char* end = at + kept + got;
+        while (const void* nul = std::memchr(at, 0, static_cast<size_t>(end - at))) {
+            if (decoding) {
+                decode(at, static_cast<const char*>(nul));
+            }
+            at = static_cast<const char*>(nul) + 1;
+            meter.tick();
+        }
+        kept = static_cast<size_t>(end - at);
+        std::memmove(room.data(), at, kept);
+    }
+    close(fd);
+    return meter.report();
+}
+
+std::string commands(const Job& job) {
+    const int fd = connect_to(job.socket_path());
+    const std::string command = write_command();
+    Appender log(job);
+    Meter meter(kWarmUp, job.count);
+    while (!meter.done()) {
+        write_all(fd, command);
+        log.append(command.data(), command.size());
+        meter.tick();
+    }
+    close(fd);
+    return meter.report();
+}
+
+std::string round_trips(const Job& job) {
+    const int fd = connect_to(job.socket_path());
+    Appender log(job);
+    Meter meter(kWarmUp, job.count);
+    std::array<char, 4096> room{};
+    while (!meter.done()) {
+        write_all(fd, kAskName);
+        log.append(kAskName, sizeof kAskName - 1);
+        const ssize_t got = read(fd, room.data(), room.size());
+        if (got <= 0) {
+            give_up("read");
+        }
+        log.append(room.data(), static_cast<size_t>(got));
+        meter.tick();
+    }
+    close(fd);
+    return meter.report();
+}
+
+} // namespace
+
+std::string run(const Job& job) {
+    if (job.workload == "command") {
+        return commands(job);
+    }
+    if (job.workload == "round-trip") {
+        return round_trips(job);
+    }
+    return stream(job.workload).events > 0 ? events(job) : std::string();
+}
+
+} // namespace bench
