@@ -4,7 +4,9 @@
 // What no client can be quicker than: the system calls alone.
 //   plain    read and look for the end; write; write and read
 //   append   the same, and each message appended to a file with one gathered write
+//   poll     wait for this socket and another one, then receive with room for descriptors
 //   decode   read, every field of the notification decoded, and a callback
+//   handover an answer is read by one thread and given to the one that asked
 
 #include "candidate.h"
 #include "meter.h"
@@ -14,8 +16,12 @@
 #include <array>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
+#include <semaphore.h>
+#include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/uio.h>
+#include <thread>
 #include <unistd.h>
 
 namespace bench {
@@ -119,7 +125,28 @@ void decode(const char* at, const char* end) {
     }
 }
 
+// As a client reads that watches a second channel and takes descriptors.
+ssize_t wait_and_receive(int fd, int other, char* room, size_t size) {
+    std::array<pollfd, 2> inputs = {pollfd{other, POLLIN, 0}, pollfd{fd, POLLIN, 0}};
+    if (poll(inputs.data(), inputs.size(), -1) < 0) {
+        return -1;
+    }
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(16 * sizeof(int))> control{};
+    iovec text = {room, size};
+    msghdr message{};
+    message.msg_iov = &text;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    return recvmsg(fd, &message, MSG_CMSG_CLOEXEC);
+}
+
 std::string events(const Job& job) {
+    std::array<int, 2> pair{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0) {
+        give_up("socketpair");
+    }
+    const bool polling = job.variant == "poll";
     const int fd = connect_to(job.socket_path());
     const bool decoding = job.variant == "decode";
     Appender log(job);
@@ -128,7 +155,9 @@ std::string events(const Job& job) {
     size_t kept = 0;
     write_all(fd, kStart);
     while (!meter.done()) {
-        const ssize_t got = read(fd, room.data() + kept, room.size() - kept);
+        const ssize_t got = polling
+                                ? wait_and_receive(fd, pair[0], room.data() + kept, room.size() - kept)
+                                : read(fd, room.data() + kept, room.size() - kept);
         if (got <= 0) {
             give_up("read");
         }
@@ -182,6 +211,29 @@ std::string round_trips(const Job& job) {
     return meter.report();
 }
 
+std::string handed_over(const Job& job) {
+    const int fd = connect_to(job.socket_path());
+    sem_t answered{};
+    sem_init(&answered, 0, 0);
+    std::thread receiver([fd, &answered] {
+        std::array<char, 4096> room{};
+        while (read(fd, room.data(), room.size()) > 0) {
+            sem_post(&answered);
+        }
+    });
+    Meter meter(kWarmUp, job.count);
+    while (!meter.done()) {
+        write_all(fd, kAskName);
+        sem_wait(&answered);
+        meter.tick();
+    }
+    shutdown(fd, SHUT_RDWR);
+    receiver.join();
+    close(fd);
+    sem_destroy(&answered);
+    return meter.report();
+}
+
 } // namespace
 
 std::string run(const Job& job) {
@@ -189,7 +241,7 @@ std::string run(const Job& job) {
         return commands(job);
     }
     if (job.workload == "round-trip") {
-        return round_trips(job);
+        return job.variant == "handover" ? handed_over(job) : round_trips(job);
     }
     return stream(job.workload).events > 0 ? events(job) : std::string();
 }

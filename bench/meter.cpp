@@ -53,8 +53,10 @@ Meter::~Meter() {
 void Meter::read() {
     if (seen_ == warm_up_) {
         first_ = take_reading();
-        // What taking the reading has used is nobody's.
+        // The memory that taking a reading needs is there now, and what the reading has used is
+        // nobody's.
         const Reading again = take_reading();
+        first_.resident_kib = again.resident_kib;
         first_.allocations = again.allocations + (again.allocations - first_.allocations);
         first_.cpu_ns = again.cpu_ns;
         first_.wall_ns = again.wall_ns;

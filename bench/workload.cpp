@@ -148,7 +148,7 @@ std::string name_answer() {
 
 Stream stream(std::string_view workload) {
     const std::string address = kAddressText;
-    if (workload == "event" || workload == "flood") {
+    if (workload == "event" || workload == "flood" || workload == "ten-million") {
         return repeated(notification());
     }
     if (workload == "mixed") {

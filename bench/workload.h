@@ -39,9 +39,10 @@ struct Stream {
     long counted = 0;
 };
 
-/// Of these names: "event", "flood" notifications; "mixed" events of all profiles, the last of them a
-/// notification; "phone-book" 5,000 entries; "hall" 5,000 advertisers; "first-tag" and "last-tag"
-/// events that are decoded alike, from the beginning and the end of one table. Empty for other names.
+/// Of these names: "event", "flood", "ten-million" notifications; "mixed" events of all profiles, the
+/// last of them a notification; "phone-book" 5,000 entries; "hall" 5,000 advertisers; "first-tag" and
+/// "last-tag" events that are decoded alike, from the beginning and the end of one table. Empty for
+/// other names.
 Stream stream(std::string_view workload);
 
 } // namespace bench

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "plan.h"
+
+namespace bench {
+namespace {
+
+constexpr long kMany = 400000;
+constexpr long kSome = 20000;
+constexpr long kTenMillion = 10000000;
+constexpr long kFew = 100;
+
+} // namespace
+
+const std::vector<Run>& plan() {
+    static const std::vector<Run> runs = {
+        {"event", "floor", "plain", "floor", kSome},
+        {"event", "floor", "poll", "floor, waiting for two", kSome},
+        {"event", "floor", "append", "floor + append", kSome},
+        {"event", "vym", "open", "vym", kSome},
+        {"event", "vym", "closed", "vym, no capture", kSome},
+        {"event", "wayland", "plain", "libwayland", kSome},
+        {"event", "sdbus", "plain", "sd-bus", kSome},
+        {"event", "libdbus", "plain", "libdbus", kSome},
+
+        {"flood", "floor", "plain", "floor", kMany},
+        {"flood", "floor", "decode", "floor, decoded", kMany},
+        {"flood", "floor", "append", "floor + append", kMany},
+        {"flood", "vym", "open", "vym", kMany},
+        {"flood", "vym", "closed", "vym, no capture", kMany},
+        {"flood", "vym", "nine closed", "vym, nine profiles, no capture", kMany},
+        {"flood", "wayland", "plain", "libwayland", kMany},
+        {"flood", "sdbus", "plain", "sd-bus", kMany / 8},
+        {"flood", "libdbus", "plain", "libdbus", kMany / 8},
+
+        {"command", "floor", "plain", "floor", kSome},
+        {"command", "floor", "append", "floor + append", kSome},
+        {"command", "vym", "open", "vym", kSome},
+        {"command", "vym", "closed", "vym, no capture", kSome},
+        {"command", "wayland", "plain", "libwayland", kSome},
+        {"command", "sdbus", "plain", "sd-bus", kSome},
+        {"command", "libdbus", "plain", "libdbus", kSome},
+
+        {"round-trip", "floor", "plain", "floor", kSome},
+        {"round-trip", "floor", "handover", "floor, answer handed over", kSome},
+        {"round-trip", "floor", "append", "floor + append", kSome},
+        {"round-trip", "vym", "open", "vym", kSome},
+        {"round-trip", "vym", "closed", "vym, no capture", kSome},
+        {"round-trip", "wayland", "plain", "libwayland", kSome},
+        {"round-trip", "sdbus", "plain", "sd-bus", kSome},
+        {"round-trip", "libdbus", "plain", "libdbus", kSome},
+
+        {"mixed", "floor", "plain", "floor", kMany},
+        {"mixed", "vym", "nine open", "vym", kMany},
+        {"mixed", "vym", "nine closed", "vym, no capture", kMany},
+
+        {"phone-book", "floor", "plain", "floor", kMany},
+        {"phone-book", "vym", "open", "vym", kMany},
+        {"phone-book", "vym", "closed", "vym, no capture", kMany},
+
+        {"hall", "floor", "plain", "floor", kMany},
+        {"hall", "vym", "open", "vym", kMany},
+        {"hall", "vym", "closed", "vym, no capture", kMany},
+
+        {"first-tag", "vym", "closed", "vym, no capture", kMany},
+        {"last-tag", "vym", "closed", "vym, no capture", kMany},
+
+        {"ten-million", "vym", "closed", "vym", kTenMillion},
+
+        {"start", "vym", "open", "vym, core", kFew},
+        {"start", "vym", "nine open", "vym, nine profiles", kFew},
+    };
+    return runs;
+}
+
+std::string_view title_of(std::string_view workload) {
+    struct Title {
+        std::string_view workload;
+        std::string_view title;
+    };
+    static constexpr Title kTitles[] = {
+        {"event", "Event alone: one write for each notification"},
+        {"flood", "Flood: notifications in writes of 16 KB"},
+        {"command", "Command: a write of 20 bytes"},
+        {"round-trip", "Synchronous round trip: a getter"},
+        {"mixed", "Events of all profiles, in writes of 16 KB"},
+        {"phone-book", "Phone book of 5,000 entries, in writes of 16 KB"},
+        {"hall", "5,000 advertisers, in writes of 16 KB"},
+        {"ten-million", "Ten million notifications, in writes of 16 KB"},
+        {"first-tag", "An event from the beginning of a table"},
+        {"last-tag", "The same from its end"},
+        {"start", "Start and shut-down"},
+    };
+    for (const Title& title : kTitles) {
+        if (title.workload == workload) {
+            return title.title;
+        }
+    }
+    return workload;
+}
+
+const std::vector<Goal>& goals() {
+    static const std::vector<Goal> all = {
+        {"flood, no capture: half of libwayland", "flood", "vym, no capture", {"libwayland"}, "", 0.5},
+        {"flood: libwayland, which captures nothing", "flood", "vym", {"libwayland"}, "", 1.0},
+        {"event alone, no capture: the floor", "event", "vym, no capture", {"floor"}, "", 1.1},
+        {"event alone: the floor with one append", "event", "vym", {"floor + append"}, "", 1.0},
+        {"event alone: below sd-bus, which captures nothing", "event", "vym", {"sd-bus"}, "", 1.0},
+        {"event alone: below libdbus, which captures nothing", "event", "vym", {"libdbus"}, "", 1.0},
+        {"command: the floor with one append", "command", "vym", {"floor + append"}, "", 1.15},
+        {"getter: the ping-pong floor", "round-trip", "vym", {"floor"}, "", 1.7},
+        {"nine profiles: one profile",
+         "flood",
+         "vym, nine profiles, no capture",
+         {"vym, no capture"},
+         "",
+         1.1},
+        {"last tag: first tag", "last-tag", "vym, no capture", {"vym, no capture"}, "first-tag", 1.1},
+    };
+    return all;
+}
+
+} // namespace bench
