@@ -18,6 +18,7 @@ namespace {
 
 constexpr unsigned char kEscape = 0xDC;
 constexpr int kMaxParsedBytes = 256;
+constexpr size_t kTimeLen = sizeof "[hh:mm:ss:" - 1;
 // The messages on descriptors name these lines: tools that watch the log know them.
 constexpr char kSourceName[] = "bt_utils.cpp";
 constexpr int kBadHeaderLine = 540;
@@ -32,20 +33,54 @@ int32_t to_long32(const char* text, int base) {
     return value < INT32_MIN ? INT32_MIN : static_cast<int32_t>(value);
 }
 
+constexpr size_t kWidest = 16;
+constexpr unsigned kNoDigit = 0xFF;
+
+unsigned digit_value(char c) {
+    const unsigned byte = static_cast<unsigned char>(c);
+    const unsigned digit = byte - '0';
+    if (digit < 10) {
+        return digit;
+    }
+    const unsigned letter = (byte | 0x20) - 'a';
+    return letter < 6 ? letter + 10 : kNoDigit;
+}
+
 // One field, never reading behind it nor behind the text's NUL.
-template <size_t Width>
-int32_t parse_field(const char* p, int base) {
-    char field[Width + 1] = {};
-    memcpy(field, p, strnlen(p, Width));
+int32_t parse_field(const char* p, size_t width, int base) {
+    char field[kWidest + 1] = {};
+    memcpy(field, p, strnlen(p, width));
     return to_long32(field, base);
 }
 
-template <size_t Count>
-void parse_array(const char* p, uint8_t (&bytes)[Count]) {
-    char text[2 * Count + 1] = {};
-    memcpy(text, p, strnlen(p, 2 * Count));
-    for (size_t i = 0; i < Count; ++i) {
-        bytes[i] = static_cast<uint8_t>(parse_field<2>(text + 2 * i, 16));
+// What servers write are digits and nothing else, and most of the time that an event takes goes into
+// them; what else strtol() understands is left to it.
+int32_t parse_hex(const char* p, size_t width) {
+    uint32_t value = 0;
+    bool saturated = false;
+    for (size_t i = 0; i < width; ++i) {
+        const unsigned digit = digit_value(p[i]);
+        if (digit == kNoDigit) {
+            return parse_field(p, width, 16);
+        }
+        saturated |= value > UINT32_MAX >> 4;
+        value = value << 4 | digit;
+    }
+    return saturated || value > INT32_MAX ? INT32_MAX : static_cast<int32_t>(value);
+}
+
+// Bytes of two digits each; those behind the text's NUL are 0.
+void parse_array(const char* p, uint8_t* bytes, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        const unsigned high = digit_value(p[0]);
+        const unsigned low = high != kNoDigit ? digit_value(p[1]) : kNoDigit;
+        if (low != kNoDigit) {
+            bytes[i] = static_cast<uint8_t>(high << 4 | low);
+            p += 2;
+        } else {
+            bytes[i] = static_cast<uint8_t>(parse_field(p, 2, 16));
+            p += strnlen(p, 2);
+        }
     }
 }
 
@@ -120,15 +155,15 @@ void join_parts(unsigned char* des, int room, unsigned char* raw, const name_par
 extern "C" {
 
 unsigned char parse_byte(char* p) {
-    return static_cast<unsigned char>(parse_field<2>(p, 16));
+    return static_cast<unsigned char>(parse_hex(p, 2));
 }
 
 unsigned char parse_byte_with_base(char* p, int base) {
-    return static_cast<unsigned char>(parse_field<2>(p, base));
+    return static_cast<unsigned char>(parse_field(p, 2, base));
 }
 
 unsigned char parse_char_with_base(char* p, int base) {
-    return static_cast<unsigned char>(parse_field<1>(p, base));
+    return static_cast<unsigned char>(parse_field(p, 1, base));
 }
 
 unsigned short parse_uuid16(char* p) {
@@ -136,24 +171,24 @@ unsigned short parse_uuid16(char* p) {
 }
 
 unsigned short parse_short(char* p) {
-    return static_cast<unsigned short>(parse_field<4>(p, 16));
+    return static_cast<unsigned short>(parse_hex(p, 4));
 }
 
 unsigned int parse_int(char* p) {
-    return static_cast<unsigned int>(parse_field<8>(p, 16));
+    return static_cast<unsigned int>(parse_hex(p, 8));
 }
 
 long parse_long(char* p) {
-    return parse_field<16>(p, 16);
+    return parse_hex(p, 16);
 }
 
 void parse_oob_data(char* p, bt_oob_data_t* oob_data) {
-    parse_array(p, oob_data->data);
+    parse_array(p, oob_data->data, sizeof oob_data->data);
 }
 
 bt_bdaddr_t parse_address(char* p) {
     uint8_t wire[6];
-    parse_array(p, wire);
+    parse_array(p, wire, sizeof wire);
     bt_bdaddr_t address;
     for (int i = 0; i < 6; ++i) {
         address.address[i] = wire[5 - i];
@@ -176,7 +211,7 @@ unsigned char* parse_bytes(char* p, int* len) {
 }
 
 void parse_uuid128(char* p, bt_uuid_t* uuid_128) {
-    parse_array(p, uuid_128->uu);
+    parse_array(p, uuid_128->uu, sizeof uuid_128->uu);
 }
 
 size_t vym_escaped_length(const unsigned char* raw_bytes, size_t raw_len) {
@@ -324,13 +359,36 @@ int recvfd_client(int sock_fd) {
 
 char* get_current_time_string(void) {
     thread_local char time_string[64];
+    thread_local time_t shown; // the second whose local time the string holds
     timeval now = {};
-    tm local = {};
     gettimeofday(&now, nullptr);
-    localtime_r(&now.tv_sec, &local);
-    snprintf(time_string, sizeof time_string, "[%02d:%02d:%02d:%u]", local.tm_hour, local.tm_min,
-             local.tm_sec, static_cast<unsigned>(now.tv_usec));
+    if (now.tv_sec != shown || time_string[0] == '\0') {
+        tm local = {};
+        localtime_r(&now.tv_sec, &local);
+        snprintf(time_string, sizeof time_string, "[%02d:%02d:%02d:", local.tm_hour, local.tm_min,
+                 local.tm_sec);
+        shown = now.tv_sec;
+    }
+    char* end = vym_put_number(time_string + kTimeLen, static_cast<unsigned>(now.tv_usec), 1, '0');
+    end[0] = ']';
+    end[1] = '\0';
     return time_string;
+}
+
+char* vym_put_number(char* at, unsigned number, int width, char fill) {
+    char digits[10];
+    int count = 0;
+    do {
+        digits[count++] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    } while (number != 0);
+    for (int i = count; i < width; ++i) {
+        *at++ = fill;
+    }
+    while (count > 0) {
+        *at++ = digits[--count];
+    }
+    return at;
 }
 
 } // extern "C"

@@ -76,11 +76,17 @@ void put_time(uint8_t* at) {
     put_be32(put_be32(at, hi), lo);
 }
 
-void append_record(packet_type type, uint32_t flags, unsigned char* packet, size_t packet_len) {
-    uint8_t head[RECORD_HEAD_LEN] = {};
+uint8_t* put_head(uint8_t* at, packet_type type, uint32_t flags, size_t packet_len) {
     const auto len = static_cast<uint32_t>(packet_len + 1);
-    put_be32(put_be32(put_be32(head, len), len), flags);
-    head[RECORD_HEAD_LEN - 1] = type;
+    memset(at, 0, RECORD_HEAD_LEN);
+    put_be32(put_be32(put_be32(at, len), len), flags);
+    at[RECORD_HEAD_LEN - 1] = type;
+    return at + RECORD_HEAD_LEN;
+}
+
+void append_record(packet_type type, uint32_t flags, unsigned char* packet, size_t packet_len) {
+    uint8_t head[RECORD_HEAD_LEN];
+    put_head(head, type, flags, packet_len);
     iovec parts[] = {{head, sizeof(head)}, {packet, packet_len}};
 
     utils_lock();
@@ -94,6 +100,48 @@ void append_record(packet_type type, uint32_t flags, unsigned char* packet, size
         static_cast<void>(written);
     }
     utils_unlock();
+}
+
+// ---- capture of the library's own text, wrapped as vendor commands and events ----
+
+/// The most that the length byte of a command or an event can tell.
+constexpr size_t PIECE = 255;
+/// What one read can fill, so that each read is one write.
+constexpr size_t RECORDS_AT_ONCE = 17;
+constexpr size_t LONGEST_RECORD = RECORD_HEAD_LEN + 3 + PIECE;
+
+uint8_t* put_text_record(uint8_t* at, const uint8_t* text, size_t piece, bool received) {
+    if (received) {
+        at = put_head(at, TYPE_EVENT, FLAGS_EVENT, 2 + piece);
+        *at++ = 0xFF;
+    } else {
+        at = put_head(at, TYPE_COMMAND, FLAGS_COMMAND, 3 + piece);
+        *at++ = 0x01;
+        *at++ = 0xFC;
+    }
+    *at++ = static_cast<uint8_t>(piece);
+    memcpy(at, text, piece);
+    return at + piece;
+}
+
+/// Appends the records of some text, all with the same time. @return how much of the text that was.
+size_t append_text_records(int fd, const uint8_t* text, size_t len, bool received) {
+    // Side by side in one piece: gathering many small pieces costs the kernel more than copying here.
+    uint8_t records[RECORDS_AT_ONCE * LONGEST_RECORD];
+    uint8_t* end = records;
+    size_t taken = 0;
+    uint8_t time[8];
+    put_time(time);
+    for (size_t i = 0; i < RECORDS_AT_ONCE && taken < len; ++i) {
+        const size_t piece = std::min(PIECE, len - taken);
+        uint8_t* record = end;
+        end = put_text_record(record, text + taken, piece, received);
+        memcpy(record + RECORD_TIME_OFFSET, time, sizeof(time));
+        taken += piece;
+    }
+    const ssize_t written = write(fd, records, static_cast<size_t>(end - records));
+    static_cast<void>(written);
+    return taken;
 }
 
 // ---- external parser: state, all of it guarded by utils_mutex unless atomic ----
@@ -395,6 +443,18 @@ void vym_debug_capture(unsigned char* p_buf, uint32_t /*len*/, uint8_t is_rcvd) 
     default:
         break;
     }
+}
+
+void vym_debug_capture_text(const uint8_t* text, size_t len, int received) {
+    if (!is_wanted(text)) {
+        return;
+    }
+    utils_lock();
+    // All pieces under one lock: those of another thread's text do not come between them.
+    for (size_t at = 0; at < len && capture_fd() != -1;) {
+        at += append_text_records(capture_fd(), text + at, len - at, received != 0);
+    }
+    utils_unlock();
 }
 
 void vym_debug_hci_cmd(unsigned char* p) {

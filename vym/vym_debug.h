@@ -133,6 +133,12 @@ void hex_dump(unsigned char* data, size_t len);
 #ifndef VYM_API_ONLY
 /* Inside the library: not exported, not installed. */
 
+/**
+ * Appends text of the wire as vendor commands (`received` 0) or vendor events, in pieces of at most 255
+ * bytes: what vym_debug_capture() appends of each, but with one write for up to 4 KB of text.
+ */
+void vym_debug_capture_text(const uint8_t* text, size_t len, int received);
+
 /** Takes the lock of this module, which is not recursive: call nothing else of the module under it. */
 void utils_lock(void);
 

@@ -25,10 +25,10 @@ namespace {
 
 constexpr int kSlots = 16;
 constexpr int kUnknownSlot = kSlots - 1;
+constexpr unsigned kLetters = 'Z' - 'A' + 1;
 constexpr int kBufferSize = 4096;
 constexpr int kBufferFill = kBufferSize - 1; // one byte stays free for a NUL after the text
 constexpr int kPathSize = 256;
-constexpr int kCapturePiece = 255; // the most that a vendor command's or event's length byte can tell
 constexpr useconds_t kPauseUs = 500000;
 constexpr char kDefaultDirectory[] = "/etc/backup";
 constexpr char kDefaultSocket[] = "/home/tesk/morvel/qel_socket";
@@ -38,6 +38,12 @@ vym::mutex parsers_lock;     // held while parsers, and so the application's cal
 
 event_parser_t* s_parsers[kSlots] VYM_GUARDED_BY(parsers_lock);
 int s_parser_list_count VYM_GUARDED_BY(parsers_lock);
+// Which slots are to be asked about a text, by its first two letters: those whose table has such a tag,
+// and those of which nothing is known. So what an event costs does not depend on how many profiles
+// there are, and each slot that may want it is asked in its turn all the same.
+uint16_t s_asked[kLetters][kLetters] VYM_GUARDED_BY(parsers_lock);
+uint16_t s_always_asked VYM_GUARDED_BY(parsers_lock);
+uint16_t s_has_table VYM_GUARDED_BY(parsers_lock); // slots with a profile's parser
 event_parser_t* s_unknown_evt_parser VYM_GUARDED_BY(parsers_lock);
 
 bool s_prepared VYM_GUARDED_BY(s_lifecycle_lock); // started and not yet shut down
@@ -82,13 +88,53 @@ void note_position(const uint8_t* event) {
     s_event_position = position > ahead ? position - ahead : 0;
 }
 
+// The place of a capital letter, or kLetters.
+unsigned letter_of(char c) {
+    const unsigned place = static_cast<unsigned char>(c) - static_cast<unsigned>('A');
+    return place < kLetters ? place : kLetters;
+}
+
+// To be called when slots have changed.
+void note_tags() VYM_REQUIRES(parsers_lock) {
+    memset(s_asked, 0, sizeof s_asked);
+    s_always_asked = 0;
+    for (unsigned slot = 0; slot < kSlots; ++slot) {
+        const event_parser_t* parser = s_parsers[slot];
+        const auto bit = static_cast<uint16_t>(1U << slot);
+        if ((s_has_table & bit) == 0) {
+            s_always_asked = static_cast<uint16_t>(s_always_asked | (parser != nullptr ? bit : 0));
+            continue;
+        }
+        for (int i = 0; i < parser->num_of_parsers; ++i) {
+            const char* tag = parser->parser_list[i].get_keyword();
+            uint16_t& asked = s_asked[letter_of(tag[0])][letter_of(tag[1])];
+            asked = static_cast<uint16_t>(asked | bit);
+        }
+    }
+}
+
+void put_in_slot(int slot, event_parser_t* parser, bool has_table) VYM_REQUIRES(parsers_lock) {
+    const auto bit = static_cast<uint16_t>(1U << slot);
+    s_parsers[slot] = parser;
+    s_has_table = static_cast<uint16_t>(has_table ? s_has_table | bit : s_has_table & ~bit);
+    note_tags();
+}
+
+unsigned slots_to_ask(const uint8_t* text, int length) VYM_REQUIRES(parsers_lock) {
+    if (length < 2) {
+        return s_always_asked; // shorter than any tag
+    }
+    const unsigned first = letter_of(static_cast<char>(text[0]));
+    const unsigned second = letter_of(static_cast<char>(text[1]));
+    return s_always_asked | (first < kLetters && second < kLetters ? s_asked[first][second] : 0U);
+}
+
 // Offers the text to each slot. Returns the index after what was taken, or `offset` when nobody took
 // it.
 int offer(uint8_t* buffer, int offset, int n_bytes) VYM_REQUIRES(parsers_lock) {
-    for (event_parser_t* parser : s_parsers) {
-        if (parser == nullptr) {
-            continue;
-        }
+    unsigned asked = slots_to_ask(buffer + offset, n_bytes - offset);
+    for (; asked != 0; asked &= asked - 1) {
+        event_parser_t* parser = s_parsers[__builtin_ctz(asked)];
         const int taken = parser->process_event(parser, buffer, offset, n_bytes - offset);
         if (taken > offset) {
             return taken < n_bytes ? taken : n_bytes;
@@ -99,47 +145,58 @@ int offer(uint8_t* buffer, int offset, int n_bytes) VYM_REQUIRES(parsers_lock) {
     return end > offset ? end : offset;
 }
 
-void capture_pieces(const uint8_t* data, size_t count, const uint8_t* prefix, size_t prefix_len,
-                    uint8_t is_rcvd) {
-    uint8_t record[4 + kCapturePiece];
-    while (count > 0) {
-        const size_t piece = count < kCapturePiece ? count : kCapturePiece;
-        memcpy(record, prefix, prefix_len);
-        record[prefix_len] = static_cast<uint8_t>(piece);
-        memcpy(record + prefix_len + 1, data, piece);
-        vym_debug_capture(record, static_cast<uint32_t>(prefix_len + 1 + piece), is_rcvd);
-        data += piece;
-        count -= piece;
-    }
-}
-
-void capture_sent(const char* command, size_t len) {
-    static const uint8_t kVendorCommand[] = {0x01, 0x01, 0xFC};
-    capture_pieces(reinterpret_cast<const uint8_t*>(command), len, kVendorCommand,
-                   sizeof kVendorCommand, 0);
-}
-
-void capture_received(const uint8_t* text, size_t len) {
-    static const uint8_t kVendorEvent[] = {0x04, 0xFF};
-    capture_pieces(text, len, kVendorEvent, sizeof kVendorEvent, 1);
-}
-
 int count_nul_runs(const uint8_t* buffer, int n_bytes) {
     int runs = 0;
-    for (int i = 0; i < n_bytes; ++i) {
-        if (buffer[i] == 0 && (i == 0 || buffer[i - 1] != 0)) {
-            ++runs;
+    int at = 0;
+    while (at < n_bytes) {
+        const void* nul = memchr(buffer + at, 0, static_cast<size_t>(n_bytes - at));
+        if (nul == nullptr) {
+            break;
         }
+        ++runs;
+        at = skip_nuls(buffer, static_cast<int>(static_cast<const uint8_t*>(nul) - buffer), n_bytes);
     }
     return runs;
 }
 
+char* put_text(char* at, const char* text, size_t length) {
+    memcpy(at, text, length);
+    return at + length;
+}
+
+char* put_padding(char* at, size_t length, size_t width) {
+    for (; length < width; ++length) {
+        *at++ = ' ';
+    }
+    return at;
+}
+
+template <size_t Size>
+char* put_literal(char* at, const char (&text)[Size]) {
+    return put_text(at, text, Size - 1);
+}
+
+// "[%-17s], buf[%04d + %04d] evt_num:%4d , evt_buf:%-25.25s\r\n", of the time, what was kept, what was
+// read, the number of events and the text. It comes with every read, so it is put together by hand.
 void log_read(int read_bytes, int total) {
-    char count_text[32];
-    snprintf(count_text, sizeof count_text, " evt_num:%4d ", count_nul_runs(s_buffer, total));
+    constexpr size_t kTimeWidth = 17;
+    constexpr size_t kTextWidth = 25;
+    char line[192];
+    const char* time = get_current_time_string();
+    const size_t time_len = strlen(time);
+    char* at = put_text(put_literal(line, "["), time, time_len);
+    at = put_literal(put_padding(at, time_len, kTimeWidth), "], buf[");
+    at = vym_put_number(at, static_cast<unsigned>(s_offset), 4, '0');
+    at = vym_put_number(put_literal(at, " + "), static_cast<unsigned>(read_bytes), 4, '0');
+    at = put_literal(at, "] evt_num:");
+    at = vym_put_number(at, static_cast<unsigned>(count_nul_runs(s_buffer, total)), 4, ' ');
+    at = put_literal(at, " , evt_buf:");
     s_buffer[total] = 0; // ends the text for the line below; the byte is never part of a read
-    printf("[%-17s], buf[%04d + %04d]%s, evt_buf:%-25.25s\r\n", get_current_time_string(),
-           static_cast<int>(s_offset), read_bytes, count_text, reinterpret_cast<const char*>(s_buffer));
+    const auto* text = reinterpret_cast<const char*>(s_buffer);
+    const size_t text_len = strnlen(text, kTextWidth);
+    at = put_padding(put_text(at, text, text_len), text_len, kTextWidth);
+    at = put_literal(at, "\r\n");
+    fwrite(line, 1, static_cast<size_t>(at - line), stdout);
 }
 
 // The buffer is full: only what ends with a NUL is parsed now. Returns where that part ends.
@@ -174,7 +231,7 @@ int begin_of_new_events(int end) {
 void handle_text(int read_bytes, int expected_bytes) {
     const int total = static_cast<int>(s_offset) + read_bytes;
     s_text_len = total;
-    capture_received(s_buffer, static_cast<size_t>(total));
+    vym_debug_capture_text(s_buffer, static_cast<size_t>(total), 1);
     log_read(read_bytes, total);
     const int end = read_bytes == expected_bytes ? end_of_whole_events(read_bytes, total) : total;
 
@@ -246,25 +303,34 @@ void place_unknown_parser() {
     for (event_parser_t*& slot : s_parsers) {
         slot = nullptr;
     }
+    s_has_table = 0;
     s_unknown_evt_parser = create_unknown_event_parser();
-    s_parsers[kUnknownSlot] = s_unknown_evt_parser;
+    put_in_slot(kUnknownSlot, s_unknown_evt_parser, false);
 }
 
 void remove_unknown_parser() {
     vym::lock_guard held(parsers_lock);
     if (s_unknown_evt_parser != nullptr) {
-        s_parsers[kUnknownSlot] = nullptr;
+        put_in_slot(kUnknownSlot, nullptr, false);
         destroy_unknown_event_parser(s_unknown_evt_parser);
         s_unknown_evt_parser = nullptr;
+    }
+}
+
+// The sixteenth takes the unknown-event parser's place, as it always did; a seventeenth has none.
+void take_next_slot(event_parser_t* parser, bool has_table) {
+    vym::lock_guard held(parsers_lock);
+    if (parser != nullptr && s_parser_list_count < kSlots) {
+        put_in_slot(s_parser_list_count++, parser, has_table);
     }
 }
 
 // Puts a parser where another was; false when that has no slot (a new start emptied the registry).
 bool take_slot_of(const event_parser_t* old, event_parser_t* fresh) {
     vym::lock_guard held(parsers_lock);
-    for (event_parser_t*& slot : s_parsers) {
-        if (old != nullptr && slot == old) {
-            slot = fresh;
+    for (int slot = 0; slot < kSlots; ++slot) {
+        if (old != nullptr && s_parsers[slot] == old) {
+            put_in_slot(slot, fresh, true);
             return true;
         }
     }
@@ -374,7 +440,7 @@ void send_at_command(char* command, int len) {
         const size_t length = strlen(command);
         const ssize_t sent = vym_os_send(fd, command, length, 0);
         (void)sent; // a failed or short write is neither repeated nor reported
-        capture_sent(command, length);
+        vym_debug_capture_text(reinterpret_cast<const uint8_t*>(command), length, 0);
     }
     --s_senders;
 }
@@ -429,18 +495,14 @@ void dump_at_event(void* buf, size_t len) {
 }
 
 void register_event_parser(event_parser_t* parser) {
-    vym::lock_guard held(parsers_lock);
-    // The sixteenth takes the unknown-event parser's place, as it always did; a seventeenth has none.
-    if (parser != nullptr && s_parser_list_count < kSlots) {
-        s_parsers[s_parser_list_count++] = parser;
-    }
+    take_next_slot(parser, false);
 }
 
 void unregister_event_parser(event_parser_t* parser) {
     vym::lock_guard held(parsers_lock);
-    for (event_parser_t*& slot : s_parsers) {
-        if (slot == parser && parser != nullptr) {
-            slot = nullptr;
+    for (int slot = 0; slot < kSlots; ++slot) {
+        if (s_parsers[slot] == parser && parser != nullptr) {
+            put_in_slot(slot, nullptr, false);
             s_parser_list_count -= s_parser_list_count > 0 ? 1 : 0;
         }
     }
@@ -453,7 +515,7 @@ void vym_profile_start(event_parser_t** current, event_parser_t* fresh,
     }
     event_parser_t* old = *current;
     if (!take_slot_of(old, fresh)) {
-        register_event_parser(fresh);
+        take_next_slot(fresh, true);
     }
     *current = fresh;
     destroy(old);
