@@ -55,18 +55,23 @@ int32_t parse_field(const char* p, size_t width, int base) {
 
 // What servers write are digits and nothing else, and most of the time that an event takes goes into
 // them; what else strtol() understands is left to it.
-int32_t parse_hex(const char* p, size_t width) {
+int32_t parse_digits(const char* p, size_t width, int base) {
+    const unsigned digits = base == 16 || base == 10 ? static_cast<unsigned>(base) : 0;
     uint32_t value = 0;
     bool saturated = false;
     for (size_t i = 0; i < width; ++i) {
         const unsigned digit = digit_value(p[i]);
-        if (digit == kNoDigit) {
-            return parse_field(p, width, 16);
+        if (digit >= digits) {
+            return parse_field(p, width, base);
         }
-        saturated |= value > UINT32_MAX >> 4;
-        value = value << 4 | digit;
+        saturated |= value > INT32_MAX / 16; // ten digits of another base would be needed for this
+        value = value * digits + digit;
     }
-    return saturated || value > INT32_MAX ? INT32_MAX : static_cast<int32_t>(value);
+    return saturated ? INT32_MAX : static_cast<int32_t>(value);
+}
+
+int32_t parse_hex(const char* p, size_t width) {
+    return parse_digits(p, width, 16);
 }
 
 // Bytes of two digits each; those behind the text's NUL are 0.
@@ -98,6 +103,15 @@ unsigned char escape_of(unsigned char byte) {
     default:
         return 0;
     }
+}
+
+// The next escape from `from` on, or `len`.
+int next_escape(const unsigned char* bytes, int from, int len) {
+    if (from >= len) {
+        return len;
+    }
+    const void* at = memchr(bytes + from, kEscape, static_cast<size_t>(len - from));
+    return at != nullptr ? static_cast<int>(static_cast<const unsigned char*>(at) - bytes) : len;
 }
 
 // Any other second character writes nothing: the output keeps what was there.
@@ -159,11 +173,11 @@ unsigned char parse_byte(char* p) {
 }
 
 unsigned char parse_byte_with_base(char* p, int base) {
-    return static_cast<unsigned char>(parse_field(p, 2, base));
+    return static_cast<unsigned char>(parse_digits(p, 2, base));
 }
 
 unsigned char parse_char_with_base(char* p, int base) {
-    return static_cast<unsigned char>(parse_field(p, 1, base));
+    return static_cast<unsigned char>(parse_digits(p, 1, base));
 }
 
 unsigned short parse_uuid16(char* p) {
@@ -248,11 +262,9 @@ unsigned char* str_bytes_to_raw_bytes(const unsigned char* raw_bytes, unsigned s
                                       unsigned char* result_bytes, unsigned short* result_len) {
     int escapes = 0;
     if (raw_bytes != nullptr) {
-        for (int i = 0; i < raw_len; ++i) {
-            if (raw_bytes[i] == kEscape) {
-                ++escapes;
-                ++i;
-            }
+        for (int i = next_escape(raw_bytes, 0, raw_len); i < raw_len;
+             i = next_escape(raw_bytes, i + 2, raw_len)) {
+            ++escapes;
         }
     }
     if (raw_bytes == nullptr || raw_len <= escapes) {
@@ -264,12 +276,17 @@ unsigned char* str_bytes_to_raw_bytes(const unsigned char* raw_bytes, unsigned s
     set_length(result_len, static_cast<size_t>(raw_len - escapes));
     if (result_bytes != nullptr) {
         unsigned char* out = result_bytes;
-        for (int i = 0; i < raw_len; ++i, ++out) {
-            if (raw_bytes[i] == kEscape && i + 1 < raw_len) {
-                unescape_into(*out, raw_bytes[++i]);
-            } else {
-                *out = raw_bytes[i];
+        for (int i = 0; i < raw_len;) {
+            const int plain = next_escape(raw_bytes, i, raw_len) - i;
+            memcpy(out, raw_bytes + i, static_cast<size_t>(plain));
+            out += plain;
+            i += plain;
+            if (i + 1 < raw_len) {
+                unescape_into(*out++, raw_bytes[i + 1]);
+            } else if (i < raw_len) {
+                *out++ = raw_bytes[i];
             }
+            i += 2;
         }
     }
     return result_bytes;

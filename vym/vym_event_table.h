@@ -134,6 +134,69 @@ constexpr bool tags_are_distinct(const event_row (&rows)[N]) {
     return true;
 }
 
+// Where the rows are by the letters that tell them apart: the second, or the third where rows share the
+// second. So finding one costs the same for each.
+struct tag_index {
+    static constexpr uint8_t kNone = 0xFF;
+    static constexpr size_t kPlaces = 64;
+    uint8_t two[kPlaces];
+    uint8_t three[kPlaces / 2];
+
+    static constexpr size_t place_of_two(unsigned first, unsigned second) {
+        return ((first & 2U) << 4 | (second & 0x1FU)) % kPlaces;
+    }
+    static constexpr size_t place_of_three(unsigned third) { return third & 0x1FU; }
+};
+
+template <size_t N>
+constexpr tag_index index_of(const event_row (&rows)[N]) {
+    tag_index index{};
+    for (uint8_t& place : index.two) {
+        place = tag_index::kNone;
+    }
+    for (uint8_t& place : index.three) {
+        place = tag_index::kNone;
+    }
+    for (size_t i = 0; i < N; ++i) {
+        const char* tag = rows[i].tag;
+        uint8_t& place =
+            tag[2] == '\0' ? index.two[tag_index::place_of_two(static_cast<unsigned char>(tag[0]),
+                                                               static_cast<unsigned char>(tag[1]))]
+                           : index.three[tag_index::place_of_three(static_cast<unsigned char>(tag[2]))];
+        place = place == tag_index::kNone ? static_cast<uint8_t>(i) : place;
+    }
+    return index;
+}
+
+// Whether each row is found by its tag.
+template <size_t N>
+constexpr bool finds_all(const tag_index& index, const event_row (&rows)[N]) {
+    for (size_t i = 0; i < N; ++i) {
+        const char* tag = rows[i].tag;
+        const uint8_t two = index.two[tag_index::place_of_two(static_cast<unsigned char>(tag[0]),
+                                                              static_cast<unsigned char>(tag[1]))];
+        const uint8_t found =
+            tag[2] == '\0' ? two
+                           : index.three[tag_index::place_of_three(static_cast<unsigned char>(tag[2]))];
+        // A row of two letters would be tried in place of one with three.
+        if (found != i || (tag[2] != '\0' && two != tag_index::kNone)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// process_event_impl() for the one entry of the table that may have the text's tag.
+int process_indexed(event_parser_t* evt_parser, const tag_index& index, uint8_t* buffer, int offset,
+                    int length);
+
+template <const auto& Rows>
+int process_rows(event_parser_t* evt_parser, uint8_t* buffer, int offset, int length) {
+    static constexpr tag_index index = index_of(Rows);
+    static_assert(finds_all(index, Rows));
+    return process_indexed(evt_parser, index, buffer, offset, length);
+}
+
 inline int decode_event(const event_row& row, void* callbacks, uint8_t* buffer, int pos) {
     field_reader in(buffer, pos);
     if (row.waits_for_end && !in.complete()) {
@@ -178,6 +241,7 @@ event_parser_t* create_profile_parser(Callbacks* callbacks) {
     fill_entries<Rows, Parser>(list, std::make_index_sequence<count>());
     parser->base.num_of_parsers = static_cast<int>(count);
     parser->base.parser_list = list;
+    parser->base.process_event = process_rows<Rows>;
     parser->cbk = callbacks;
     Parser = parser;
     return &parser->base;

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+#include "vym_event_table.h"
+
+namespace vym {
+
+int process_indexed(event_parser_t* evt_parser, const tag_index& index, uint8_t* buffer, int offset,
+                    int length) {
+    evt_parser->event_end_pos = check_event_end_pos(buffer, offset, length);
+    if (length < 2) {
+        return -1;
+    }
+    const uint8_t* text = buffer + offset;
+    uint8_t row = index.two[tag_index::place_of_two(text[0], text[1])];
+    if (row == tag_index::kNone && length > 2) {
+        row = index.three[tag_index::place_of_three(text[2])];
+    }
+    if (row == tag_index::kNone) {
+        return -1;
+    }
+    const int pos = process(evt_parser, buffer, offset, length, &evt_parser->parser_list[row]);
+    return pos > 0 ? pos : -1;
+}
+
+} // namespace vym
