@@ -23,4 +23,13 @@ int process_indexed(event_parser_t* evt_parser, const tag_index& index, uint8_t*
     return pos > 0 ? pos : -1;
 }
 
+int decode_event(decode_function decode, bool waits_for_end, void* callbacks, uint8_t* buffer,
+                 int pos) {
+    field_reader in(buffer, pos);
+    if (waits_for_end && !in.complete()) {
+        return -1;
+    }
+    return decode(in, callbacks) ? in.pos() : -1;
+}
+
 } // namespace vym

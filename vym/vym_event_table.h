@@ -80,13 +80,24 @@ struct slot_of<Function Callbacks::*> {
     using callbacks = Callbacks;
 };
 
+// Reads fields and calls back. Not inlined: the events with these fields share it, in all profiles.
+template <class... Fields>
+struct fields {
+    template <class... Parameters>
+    __attribute__((noinline)) static bool decode(field_reader& in, void (*call)(Parameters...)) {
+        // Braces read the fields in wire order.
+        const auto values = std::tuple<decltype(Fields::read(in))...>{Fields::read(in)...};
+        if (call != nullptr) {
+            std::apply(call, values);
+        }
+        return true;
+    }
+};
+
 template <auto Slot, class... Fields>
 bool decode_plain(field_reader& in, void* callbacks) {
     auto* table = static_cast<typename slot_of<decltype(Slot)>::callbacks*>(callbacks);
-    // Braces read the fields in wire order.
-    const auto values = std::tuple<decltype(Fields::read(in))...>{Fields::read(in)...};
-    std::apply([table](const auto&... value) { notify(table, Slot, value...); }, values);
-    return true;
+    return fields<Fields...>::decode(in, table != nullptr ? table->*Slot : nullptr);
 }
 
 // Fields in wire order, handed to one slot.
@@ -197,30 +208,45 @@ int process_rows(event_parser_t* evt_parser, uint8_t* buffer, int offset, int le
     return process_indexed(evt_parser, index, buffer, offset, length);
 }
 
-inline int decode_event(const event_row& row, void* callbacks, uint8_t* buffer, int pos) {
-    field_reader in(buffer, pos);
-    if (row.waits_for_end && !in.complete()) {
-        return -1;
-    }
-    return row.decode(in, callbacks) ? in.pos() : -1;
+using decode_function = bool (*)(field_reader& in, void* callbacks);
+
+int decode_event(decode_function decode, bool waits_for_end, void* callbacks, uint8_t* buffer, int pos);
+
+// What is the same for several entries stands outside of them: there are many.
+template <auto& Parser>
+__attribute__((noinline)) int decode_for(uint8_t* buffer, int pos, decode_function decode,
+                                         bool waits_for_end) {
+    const auto* parser = Parser.load();
+    return decode_event(decode, waits_for_end, parser != nullptr ? parser->cbk : nullptr, buffer, pos);
 }
 
-// The four functions that the framework wants of row `I`.
+template <int Length>
+int min_length() {
+    return Length;
+}
+
+// The four functions that the framework wants of row `I`. The rows themselves are not in the library.
 template <const auto& Rows, auto& Parser, size_t I>
 struct entry {
-    static const char* get_keyword() { return Rows[I].tag; }
-    static const char* get_tag() { return Rows[I].name; }
-    static int get_min_expected_length() { return Rows[I].min_length; }
+    static const char* get_keyword() {
+        constexpr const char* tag = Rows[I].tag;
+        return tag;
+    }
+    static const char* get_tag() {
+        constexpr const char* name = Rows[I].name;
+        return name;
+    }
     static int parse(uint8_t* buffer, int pos) {
-        const auto* parser = Parser.load();
-        return decode_event(Rows[I], parser != nullptr ? parser->cbk : nullptr, buffer, pos);
+        constexpr decode_function decode = Rows[I].decode;
+        constexpr bool waits_for_end = Rows[I].waits_for_end;
+        return decode_for<Parser>(buffer, pos, decode, waits_for_end);
     }
 };
 
 template <const auto& Rows, auto& Parser, size_t... I>
 void fill_entries(parser_t* list, std::index_sequence<I...>) {
     ((list[I] = {entry<Rows, Parser, I>::get_keyword, entry<Rows, Parser, I>::get_tag,
-                 entry<Rows, Parser, I>::get_min_expected_length, entry<Rows, Parser, I>::parse}),
+                 min_length<Rows[I].min_length>, entry<Rows, Parser, I>::parse}),
      ...);
 }
 
