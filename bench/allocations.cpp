@@ -24,7 +24,6 @@ uint64_t bench::allocations() {
 }
 
 // glibc's own entries, under the names that it keeps for such a front.
-// NOLINTBEGIN(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)
 extern "C" {
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t number, size_t size);
@@ -57,4 +56,3 @@ int posix_memalign(void** result, size_t alignment, size_t size) {
     return *result != nullptr ? 0 : ENOMEM;
 }
 }
-// NOLINTEND(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp)

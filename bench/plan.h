@@ -26,15 +26,16 @@ const std::vector<Run>& plan();
 
 std::string_view title_of(std::string_view workload);
 
-/// CPU time of one run in parts of the sum of others.
+/// CPU time of one run in parts of that of another.
 struct Goal {
     std::string_view text;
     std::string_view workload;
     std::string_view label;
-    std::vector<std::string_view> against;
-    /// Against runs of this workload, if it is another.
     std::string_view against_workload;
+    std::string_view against;
     double at_most;
+    /// Instructions instead of CPU time, where they were counted: both runs do the same.
+    bool by_instructions = false;
 };
 const std::vector<Goal>& goals();
 

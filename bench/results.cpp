@@ -20,7 +20,7 @@ constexpr double kArmTextAndData = 48 * 1024;
 constexpr double kArmBss = 16 * 1024;
 constexpr char kArmLabel[] = "libvym.so, armhf";
 
-// NOLINTNEXTLINE(cert-dcl50-cpp): columns are what printf is good at, and the compiler checks them.
+// Columns are what printf is good at; the compiler checks them.
 __attribute__((format(printf, 1, 2))) std::string format(const char* text, ...) {
     std::array<char, 256> line{};
     va_list values;
@@ -80,7 +80,6 @@ void judge_allocations(Results* results) {
     if (const Row* command = find(*results, "command", "vym")) {
         add(results, "allocations for a command", command->median().allocations, 1);
         if (command->system_calls) {
-            // A few to wait for room in the socket's buffer would be counted too: there are none.
             add(results, "system calls for a command: the socket, the file", *command->system_calls,
                 2.01);
         }
@@ -129,15 +128,15 @@ std::optional<Size> size_of(const std::string& label, const std::string& file) {
 void judge(Results* results) {
     for (const Goal& goal : goals()) {
         const Row* row = find(*results, goal.workload, goal.label);
-        const std::string_view other =
-            goal.against_workload.empty() ? goal.workload : goal.against_workload;
-        double sum = 0;
-        for (const std::string_view label : goal.against) {
-            const Row* against = find(*results, other, label);
-            sum += against != nullptr ? against->median().cpu_ns : 0;
+        const Row* against = find(*results, goal.against_workload, goal.against);
+        if (row == nullptr || against == nullptr) {
+            continue;
         }
-        if (row != nullptr && sum > 0) {
-            add(results, std::string(goal.text), row->median().cpu_ns / sum, goal.at_most);
+        const bool exact = goal.by_instructions && row->instructions && against->instructions;
+        const double cost = exact ? *row->instructions : row->median().cpu_ns;
+        const double measure = exact ? *against->instructions : against->median().cpu_ns;
+        if (measure > 0) {
+            add(results, std::string(goal.text), cost / measure, goal.at_most);
         }
     }
     judge_allocations(results);

@@ -153,6 +153,7 @@ public:
     explicit Reader(std::string_view text) : text_(text) {}
 
     bool read(const Fields& fields, std::vector<Value>* values, const Scope* outer) {
+        values->reserve(static_cast<size_t>(fields.end() - fields.begin()));
         const Scope scope{*values, outer};
         for (const Field& field : fields) {
             if (!applies(field.when, scope)) {

@@ -49,17 +49,22 @@ bt_status_t measure(const vym::field& field, size_t* length) {
     return BT_STATUS_SUCCESS;
 }
 
+constexpr char kDigits[] = "0123456789ABCDEF";
+
 char* put_hex(char* out, uint32_t value, size_t digits) {
     for (size_t i = 0; i < digits; ++i) {
-        out[digits - 1 - i] = "0123456789ABCDEF"[value & 0xF];
+        out[digits - 1 - i] = kDigits[value & 0xF];
         value >>= 4;
     }
     return out + digits;
 }
 
 char* put_bytes(char* out, const uint8_t* bytes, size_t len, bool reverse) {
+    const uint8_t* at = reverse ? bytes + len : bytes;
     for (size_t i = 0; i < len; ++i) {
-        out = put_hex(out, bytes[reverse ? len - 1 - i : i], 2);
+        const uint8_t byte = reverse ? *--at : *at++;
+        *out++ = kDigits[byte >> 4];
+        *out++ = kDigits[byte & 0xF];
     }
     return out;
 }
