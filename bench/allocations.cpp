@@ -35,14 +35,14 @@ void* malloc(size_t size) {
     return __libc_malloc(size);
 }
 
-void* calloc(size_t number, size_t size) {
+void* calloc(size_t nmemb, size_t size) {
     count();
-    return __libc_calloc(number, size);
+    return __libc_calloc(nmemb, size);
 }
 
-void* realloc(void* old, size_t size) {
+void* realloc(void* ptr, size_t size) {
     count();
-    return __libc_realloc(old, size);
+    return __libc_realloc(ptr, size);
 }
 
 void* aligned_alloc(size_t alignment, size_t size) {
@@ -50,9 +50,9 @@ void* aligned_alloc(size_t alignment, size_t size) {
     return __libc_memalign(alignment, size);
 }
 
-int posix_memalign(void** result, size_t alignment, size_t size) {
+int posix_memalign(void** memptr, size_t alignment, size_t size) {
     count();
-    *result = __libc_memalign(alignment, size);
-    return *result != nullptr ? 0 : ENOMEM;
+    *memptr = __libc_memalign(alignment, size);
+    return *memptr != nullptr ? 0 : ENOMEM;
 }
 }

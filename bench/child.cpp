@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -102,17 +101,11 @@ std::string Child::result() {
 }
 
 std::string output_of(const std::string& command) {
-    std::string text;
-    FILE* pipe = popen(command.c_str(), "re");
-    if (pipe != nullptr) {
-        text = read_all_of(fileno(pipe));
-        pclose(pipe);
-    }
-    return text;
+    return Child({"/bin/sh", "-c", "{ " + command + "; } >&3 2> /dev/null"}, -1).result();
 }
 
 bool on_path(const std::string& program) {
-    return !output_of("command -v " + program + " 2> /dev/null").empty();
+    return !output_of("command -v " + program).empty();
 }
 
 } // namespace bench

@@ -46,7 +46,7 @@ private:
     int result_;
 };
 
-/// What a command prints on standard output.
+/// What a shell command prints on standard output; nothing when it fails.
 std::string output_of(const std::string& command);
 
 bool on_path(const std::string& program);

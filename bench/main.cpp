@@ -110,14 +110,7 @@ bool write_json(const Options& options, const Results& results) {
     return file.flush().good();
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    CLI::App app("Measures the library beside what else could be used");
-    Options options;
-    parse(&app, &options);
-    CLI11_PARSE(app, argc, argv);
-
+int run(const Options& options) {
     const Bench bench(std::filesystem::read_symlink("/proc/self/exe").parent_path(), options.directory);
     Results results;
     for (const Run& run : bench::plan()) {
@@ -140,4 +133,19 @@ int main(int argc, char** argv) {
         return 1;
     }
     return good ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        CLI::App app("Measures the library beside what else could be used");
+        Options options;
+        parse(&app, &options);
+        CLI11_PARSE(app, argc, argv);
+        return run(options);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vym_bench: %s\n", error.what());
+        return 1;
+    }
 }

@@ -114,7 +114,7 @@ Cost Row::median() const {
 }
 
 std::optional<Size> size_of(const std::string& label, const std::string& file) {
-    std::istringstream lines(output_of("size '" + file + "' 2> /dev/null"));
+    std::istringstream lines(output_of("size '" + file + "'"));
     std::string heading;
     std::getline(lines, heading);
     Size size;

@@ -95,11 +95,15 @@ Stream mixed() {
 Stream phone_book() {
     Stream book;
     for (int i = 0; i < kEntries; ++i) {
-        const std::string name = "Surname" + std::to_string(i) + ";Given" + std::to_string(i) + ";;;";
-        const std::string number = "+4930" + std::to_string(1000000 + i);
-        add(&book, "TD6" + hex(static_cast<uint32_t>(i), 4) + "1" +
-                       hex(static_cast<uint32_t>(name.size()), 2) + std::to_string(number.size()) +
-                       name + number);
+        const std::string number = std::to_string(i);
+        const std::string name = std::string("Surname").append(number) + ";Given" + number + ";;;";
+        const std::string phone = "+4930" + std::to_string(1000000 + i);
+        std::string entry = "TD6" + hex(static_cast<uint32_t>(i), 4) + "1";
+        entry += hex(static_cast<uint32_t>(name.size()), 2);
+        entry += std::to_string(phone.size());
+        entry += name;
+        entry += phone;
+        add(&book, entry);
     }
     return book;
 }

@@ -105,8 +105,9 @@ int recvfd_client(int sock_fd);
  * overwrites. */
 char* get_current_time_string(void);
 
-/** Writes a decimal number of at least `width` characters, filled up with `fill`; no NUL. For lines that
- * are printed with every read, for which printf() is too slow. @return behind the last character. */
+/** Writes a decimal number of at least `width` characters, filled up with `fill`; no NUL. For lines
+ * that are printed with every read, for which printf() is too slow. @return behind the last character.
+ */
 char* vym_put_number(char* at, unsigned number, int width, char fill);
 
 #endif /* VYM_API_ONLY */

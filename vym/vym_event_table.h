@@ -127,13 +127,19 @@ struct bodies {
     }
 };
 
-// Tags have two or three letters and none begins with another, so the order of rows never decides.
+// Tags have two or three capital letters and none begins with another, so the order of rows never
+// decides.
 template <size_t N>
 constexpr bool tags_are_distinct(const event_row (&rows)[N]) {
     for (size_t i = 0; i < N; ++i) {
         const std::string_view tag = rows[i].tag;
         if (tag.size() < 2 || tag.size() > 3) {
             return false;
+        }
+        for (const char letter : tag) {
+            if (letter < 'A' || letter > 'Z') {
+                return false;
+            }
         }
         for (size_t j = 0; j < N; ++j) {
             const std::string_view other = rows[j].tag;

@@ -101,8 +101,11 @@ void note_tags() VYM_REQUIRES(parsers_lock) {
     for (unsigned slot = 0; slot < kSlots; ++slot) {
         const event_parser_t* parser = s_parsers[slot];
         const auto bit = static_cast<uint16_t>(1U << slot);
+        if (parser == nullptr) {
+            continue;
+        }
         if ((s_has_table & bit) == 0) {
-            s_always_asked = static_cast<uint16_t>(s_always_asked | (parser != nullptr ? bit : 0));
+            s_always_asked = static_cast<uint16_t>(s_always_asked | bit);
             continue;
         }
         for (int i = 0; i < parser->num_of_parsers; ++i) {
