@@ -91,6 +91,9 @@ void parse_array(const char* p, uint8_t* bytes, size_t count) {
 
 // The second character of a byte's escape, 0 for a byte that stands for itself.
 unsigned char escape_of(unsigned char byte) {
+    if (byte > 0x0D && byte != kEscape) {
+        return 0; // nearly all
+    }
     switch (byte) {
     case 0x00:
         return 0xDD;
@@ -239,6 +242,18 @@ size_t vym_escaped_length(const unsigned char* raw_bytes, size_t raw_len) {
     return length;
 }
 
+unsigned char* vym_escape(const unsigned char* raw_bytes, size_t raw_len, unsigned char* out) {
+    for (size_t i = 0; i < raw_len; ++i) {
+        const unsigned char byte = raw_bytes[i];
+        const unsigned char second = escape_of(byte);
+        if (second != 0) {
+            *out++ = kEscape;
+        }
+        *out++ = second != 0 ? second : byte;
+    }
+    return out;
+}
+
 unsigned char* raw_bytes_to_str_bytes(const unsigned char* raw_bytes, unsigned short raw_len,
                                       unsigned char* result_bytes, unsigned short* result_len) {
     set_length(result_len, vym_escaped_length(raw_bytes, raw_len));
@@ -246,14 +261,7 @@ unsigned char* raw_bytes_to_str_bytes(const unsigned char* raw_bytes, unsigned s
         return nullptr;
     }
     if (result_bytes != nullptr) {
-        unsigned char* out = result_bytes;
-        for (int i = 0; i < raw_len; ++i) {
-            const unsigned char second = escape_of(raw_bytes[i]);
-            if (second != 0) {
-                *out++ = kEscape;
-            }
-            *out++ = second != 0 ? second : raw_bytes[i];
-        }
+        vym_escape(raw_bytes, raw_len, result_bytes);
     }
     return result_bytes;
 }

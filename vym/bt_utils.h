@@ -60,6 +60,9 @@ unsigned char* parse_bytes(char* p, int* len);
 /** @return how many characters escaping makes of `raw_len` bytes; may exceed what 16 bits hold. */
 size_t vym_escaped_length(const unsigned char* raw_bytes, size_t raw_len);
 
+/** Writes `raw_len` bytes with their escapes. @return behind the last, without a NUL. */
+unsigned char* vym_escape(const unsigned char* raw_bytes, size_t raw_len, unsigned char* out);
+
 /**
  * Escapes a block: 00, 0D, 0A and DC become DC DD, DC DE, DC DF and DC DC.
  *

@@ -70,11 +70,10 @@ char* put_bytes(char* out, const uint8_t* bytes, size_t len, bool reverse) {
 }
 
 char* put_block(char* out, const uint8_t* data, size_t len) {
-    const size_t escaped = vym_escaped_length(data, len);
-    out = put_hex(out, static_cast<uint32_t>(escaped), kCountDigits);
-    raw_bytes_to_str_bytes(data, static_cast<unsigned short>(len),
-                           reinterpret_cast<unsigned char*>(out), nullptr);
-    return out + escaped;
+    auto* text = reinterpret_cast<unsigned char*>(out + kCountDigits);
+    const unsigned char* end = vym_escape(data, len, text);
+    const auto escaped = static_cast<size_t>(end - text);
+    return put_hex(out, static_cast<uint32_t>(escaped), kCountDigits) + escaped;
 }
 
 char* put_text(char* out, const char* text) {
