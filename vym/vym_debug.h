@@ -18,8 +18,8 @@
  * neither.
  *
  * @par Threads
- * Every function may be called from any thread. One lock, held for the length of one record, one send
- * or one opening, guards the capture file and the parser's descriptors; no callback is ever called
+ * Every function may be called from any thread. One lock, held for the length of one text's records,
+ * one send or one opening, guards the capture file and the parser's descriptors; no callback is ever called
  * under it.
  */
 #ifndef VYM_DEBUG_H
