@@ -19,8 +19,8 @@
  *
  * @par Threads
  * Every function may be called from any thread. One lock, held for the length of one text's records,
- * one send or one opening, guards the capture file and the parser's descriptors; no callback is ever called
- * under it.
+ * one send or one opening, guards the capture file and the parser's descriptors; no callback is ever
+ * called under it.
  */
 #ifndef VYM_DEBUG_H
 #define VYM_DEBUG_H
