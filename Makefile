@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak bench lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak valgrind bench lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -42,6 +42,9 @@ fuzz-coverage: ## the lines of the library that the fuzz targets reach
 
 soak: ## millions of events and commands: nothing lost, nothing grown (SOAK_EVENTS, SOAK_COMMANDS)
 	@scripts/soak
+
+valgrind: ## the unit and wire tests under memcheck
+	@scripts/valgrind
 
 bench: ## what the library costs, beside what else could be used
 	@scripts/bench

@@ -16,7 +16,7 @@ Milliseconds TimeLimit() {
 #else
     constexpr int kFactor = 1;
 #endif
-    return Milliseconds(10000 * kFactor);
+    return Milliseconds(20000 * kFactor);
 }
 
 bool WaitUntil(const std::function<bool()>& condition, Milliseconds limit) {
