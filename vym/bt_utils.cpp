@@ -384,15 +384,17 @@ int recvfd_client(int sock_fd) {
 
 char* get_current_time_string(void) {
     thread_local char time_string[64];
-    thread_local time_t shown; // the second whose local time the string holds
+    thread_local time_t shown; // the second whose local time the string holds,
+    thread_local long zone;    // and where
     timeval now = {};
     gettimeofday(&now, nullptr);
-    if (now.tv_sec != shown || time_string[0] == '\0') {
+    if (now.tv_sec != shown || timezone != zone || time_string[0] == '\0') {
         tm local = {};
         localtime_r(&now.tv_sec, &local);
         snprintf(time_string, sizeof time_string, "[%02d:%02d:%02d:", local.tm_hour, local.tm_min,
                  local.tm_sec);
         shown = now.tv_sec;
+        zone = timezone;
     }
     char* end = vym_put_number(time_string + kTimeLen, static_cast<unsigned>(now.tv_usec), 1, '0');
     end[0] = ']';

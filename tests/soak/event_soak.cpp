@@ -36,7 +36,7 @@ public:
 
     /** All events before this number have been taken. */
     void TakeNumber(uint64_t number) {
-        while (!cycle_[at_ % cycle_.size()].empty()) {
+        while (!cycle_[static_cast<size_t>(at_ % cycle_.size())].empty()) {
             ++at_;
         }
         if (number != ++at_) {
