@@ -370,6 +370,8 @@ TEST(VymctlPrompt, KeepsWhatIsHalfTypedWhenAnEventComes) {
     EXPECT_TRUE(terminal.WaitFor("vymctl> adapter \xC3\xA4me")) << terminal.Text();
     terminal.Type("\x04na\r");
     EXPECT_TRUE(terminal.WaitFor("\nvym-sim\r\n")) << terminal.Text();
+    // While a command runs, the terminal itself takes this key, as it does at a shell.
+    EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
     terminal.Type("\x04");
     EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
 }
@@ -390,8 +392,7 @@ TEST(VymctlPrompt, AsksWhetherToPairAndCompletesTheAddressItHeardOf) {
         << terminal.Text();
     terminal.Type("yes\r");
     EXPECT_TRUE(terminal.WaitFor("state=bonded")) << terminal.Text();
-    EXPECT_TRUE(terminal.WaitFor("vymctl> ")) << terminal.Text();
-    terminal.Type("\x04");
+    terminal.Type("exit\r"); // further events may come; this is kept over them
     EXPECT_EQ(terminal.ExitCode(), 0) << terminal.Text();
 }
 
