@@ -66,10 +66,7 @@ void Audio::close() {
 }
 
 void Audio::tick() {
-    if (hub_.world.adapter.powered && hub_.world.any_link()) {
-        stream_one();
-    }
-    if (!fd_) {
+    if (hub_.world.adapter.powered && hub_.world.any_link() && !stream_one()) {
         return;
     }
     // Paced from the last due time, so that late wake-ups do not add up; after a long stop there is no
@@ -82,7 +79,7 @@ void Audio::tick() {
     timer_.start_at(due_, [this] { tick(); });
 }
 
-void Audio::stream_one() {
+bool Audio::stream_one() {
     const bool whole = unsent_.empty();
     if (whole) {
         const Phone& phone = hub_.world.phone;
@@ -101,8 +98,11 @@ void Audio::stream_one() {
             unsent_.clear();
         }
     } else {
-        close();
+        // What the client said last is still to be read; reading meets the end of the stream and
+        // closes.
+        return false;
     }
+    return true;
 }
 
 void Audio::await_voice() {

@@ -28,7 +28,8 @@ public:
 
 private:
     void tick();
-    void stream_one();
+    /// False when nobody listens any more.
+    bool stream_one();
     void await_voice();
     void read_voice();
 

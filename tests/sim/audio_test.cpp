@@ -19,6 +19,18 @@ void connect_strap(TestClient& client) {
     EXPECT_EQ(client.events(3).back(), "BH00C6486561727402");
 }
 
+/// The server reads to the end and lets go: the next enable hands over a new descriptor.
+void let_go(TestClient& client) {
+    for (;;) {
+        client.send("AT#PB\r\n");
+        EXPECT_EQ(client.event(), "PA01");
+        if (!client.events_until_version().empty()) {
+            break;
+        }
+    }
+    EXPECT_TRUE(client.descriptor());
+}
+
 bool has_input_now(int fd) {
     pollfd entry{fd, POLLIN, 0};
     return poll(&entry, 1, 0) == 1;
@@ -89,18 +101,28 @@ TEST(SimAudio, VoiceFromTheClientIsCounted) {
     const std::string voice(1000, 'v');
     ASSERT_EQ(send(audio.get(), voice.data(), voice.size(), MSG_NOSIGNAL), 1000);
     audio.reset();
-    // The server reads to the end and lets go: the next enable hands over a new descriptor.
-    for (;;) {
-        client.send("AT#PB\r\n");
-        EXPECT_EQ(client.event(), "PA01");
-        if (!client.events_until_version().empty()) {
-            break;
-        }
-    }
-    EXPECT_TRUE(client.descriptor());
+    let_go(client);
     sim.stop();
     EXPECT_NE(sim.log().find("voice from the client begins\n"), std::string::npos);
     EXPECT_NE(sim.log().find("1000 voice bytes received\n"), std::string::npos);
+}
+
+TEST(SimAudio, AClientThatOnlySpeaksIsHeardToTheEnd) {
+    RunningSim sim;
+    TestClient client = sim.client();
+    sim::UniqueFd audio = client.enable();
+    ASSERT_EQ(shutdown(audio.get(), SHUT_RD), 0);
+    connect_strap(client);
+    // Packets that nobody takes are due while this runs.
+    for (int i = 0; i < 20; ++i) {
+        client.send("AT#BK\r\n");
+        EXPECT_EQ(client.events(5).back(), "BE00");
+    }
+    ASSERT_EQ(send(audio.get(), "spoken", 6, MSG_NOSIGNAL), 6);
+    audio.reset();
+    let_go(client);
+    sim.stop();
+    EXPECT_NE(sim.log().find(" 6 voice bytes received\n"), std::string::npos) << sim.log();
 }
 
 TEST(SimAudio, ASecondClientGetsADescriptorOfItsOwn) {
