@@ -5,9 +5,9 @@
 #ifndef VYM_TESTS_E2E_EVERY_FUNCTION_H
 #define VYM_TESTS_E2E_EVERY_FUNCTION_H
 
-#include "e2e/end_all.h"
 #include "e2e/recording.h"
 #include "e2e/running_sim.h"
+#include "support/end_all.h"
 #include "support/exercised.h"
 #include "support/output_capture.h"
 #include "vym_sdk.h"
@@ -64,15 +64,7 @@ protected:
         Heard().Reset();
         sim_ = std::make_unique<RunningSim>(std::vector<std::string>{"--log"});
         ASSERT_GT(vym_sdk_init_ex(Directory().c_str()), 0);
-        vym_bluetooth_init(&callbacks_.bluetooth);
-        vym_rfcomm_init(&callbacks_.rfcomm);
-        vym_hfp_init(&callbacks_.hfp);
-        vym_a2dp_init(&callbacks_.a2dp);
-        vym_avrcp_init(&callbacks_.avrcp);
-        vym_pbap_init(&callbacks_.pbap);
-        vym_gatt_client_init(&callbacks_.gatt_client);
-        vym_gatt_server_init(&callbacks_.gatt_server);
-        vym_hid_init(&callbacks_.hid);
+        StartProfiles(callbacks_);
         vym_audio_stream_init(&callbacks_.audio);
         vym_bluetooth_enable();
         EXPECT_TRUE(Hears("bluetooth.state_changed", BT_STATE_ON));

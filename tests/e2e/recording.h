@@ -312,6 +312,19 @@ inline Callbacks::Callbacks() {
 
 #undef LISTEN
 
+/** Starts all profiles; the audio is for those who want it. end_all() ends them. */
+inline void StartProfiles(Callbacks& callbacks) {
+    vym_bluetooth_init(&callbacks.bluetooth);
+    vym_rfcomm_init(&callbacks.rfcomm);
+    vym_hfp_init(&callbacks.hfp);
+    vym_a2dp_init(&callbacks.a2dp);
+    vym_avrcp_init(&callbacks.avrcp);
+    vym_pbap_init(&callbacks.pbap);
+    vym_gatt_client_init(&callbacks.gatt_client);
+    vym_gatt_server_init(&callbacks.gatt_server);
+    vym_hid_init(&callbacks.hid);
+}
+
 } // namespace e2e
 
 #endif

@@ -5,6 +5,7 @@
 #define VYM_TESTS_SOAK_APPLICATION_H
 
 #include "e2e/recording.h"
+#include "support/end_all.h"
 #include "vym_sdk.h"
 
 #include <string>
@@ -21,28 +22,9 @@ public:
             callbacks_.bluetooth.read_rssi_cb = take_rssi;
         }
         vym_sdk_init_ex(directory.c_str());
-        vym_bluetooth_init(&callbacks_.bluetooth);
-        vym_rfcomm_init(&callbacks_.rfcomm);
-        vym_hfp_init(&callbacks_.hfp);
-        vym_a2dp_init(&callbacks_.a2dp);
-        vym_avrcp_init(&callbacks_.avrcp);
-        vym_pbap_init(&callbacks_.pbap);
-        vym_gatt_client_init(&callbacks_.gatt_client);
-        vym_gatt_server_init(&callbacks_.gatt_server);
-        vym_hid_init(&callbacks_.hid);
+        e2e::StartProfiles(callbacks_);
     }
-    ~Application() {
-        vym_hid_done();
-        vym_gatt_server_done();
-        vym_gatt_client_done();
-        vym_pbap_done();
-        vym_avrcp_done();
-        vym_a2dp_done();
-        vym_hfp_done();
-        vym_rfcomm_done();
-        vym_bluetooth_done();
-        vym_sdk_done();
-    }
+    ~Application() { end_all(); }
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 

@@ -3,6 +3,7 @@
 
 #include "threads/functions.h"
 
+#include "support/end_all.h"
 #include "support/text.h"
 #include "vym_pbap_queue.h"
 #include "vym_sdk.h"
@@ -42,15 +43,7 @@ Stage::Stage() : server_(directory_.Path()) {
     EXPECT_GT(connection_, 0);
     EXPECT_TRUE(server_.Accept());
     drain_ = std::thread([this] { Drain(); });
-    vym_bluetooth_init(&table_.bluetooth);
-    vym_rfcomm_init(&table_.rfcomm);
-    vym_hfp_init(&table_.hfp);
-    vym_a2dp_init(&table_.a2dp);
-    vym_avrcp_init(&table_.avrcp);
-    vym_pbap_init(&table_.pbap);
-    vym_gatt_client_init(&table_.gatt_client);
-    vym_gatt_server_init(&table_.gatt_server);
-    vym_hid_init(&table_.hid);
+    e2e::StartProfiles(table_);
     vym_audio_stream_init(&table_.audio);
     start_pbap_queue();
     HandOver(1, audio_);
@@ -58,17 +51,7 @@ Stage::Stage() : server_(directory_.Path()) {
 }
 
 Stage::~Stage() {
-    vym_audio_stream_done();
-    vym_hid_done();
-    vym_gatt_server_done();
-    vym_gatt_client_done();
-    vym_pbap_done();
-    vym_avrcp_done();
-    vym_a2dp_done();
-    vym_hfp_done();
-    vym_rfcomm_done();
-    vym_bluetooth_done();
-    vym_sdk_done();
+    end_all();
     stop_pbap_queue();
     while (pbap_queue_t* item = readfrom_pbap_queue()) {
         free(item);

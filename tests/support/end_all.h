@@ -1,8 +1,8 @@
 /* SPDX-License-Identifier: MIT
  * Copyright (c) 2026 The vym authors */
 
-#ifndef VYM_TESTS_E2E_END_ALL_H
-#define VYM_TESTS_E2E_END_ALL_H
+#ifndef VYM_TESTS_SUPPORT_END_ALL_H
+#define VYM_TESTS_SUPPORT_END_ALL_H
 
 #include <vym/vym_a2dp.h>
 #include <vym/vym_audio_stream.h>
