@@ -38,3 +38,15 @@ die() {
 duration() {
     printf '%dm %02ds' $(($1 / 60)) $(($1 % 60))
 }
+
+# need <group of packages>...: installs them. From then on what was compiled before is taken from the
+# compiler's cache.
+need() {
+    "$root/scripts/install-packages" "$@"
+    if command -v ccache > /dev/null; then
+        export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+        export CCACHE_BASEDIR=$root
+        # Precompiled headers ask for these.
+        export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+    fi
+}
