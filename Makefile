@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak valgrind bench lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak valgrind bench docs lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -48,6 +48,9 @@ valgrind: ## the unit and wire tests under memcheck
 
 bench: ## what the library costs, beside what else could be used
 	@scripts/bench
+
+docs: ## the guides and the API reference, in build/docs/docs/html
+	@scripts/docs
 
 lint: ## formatting and static analysis
 	@scripts/lint

@@ -50,6 +50,7 @@ typedef VYM_ENUM(tag_bt_status){
 /** A device address. `address[5]` is the most significant byte, the one written first:
  * 00:11:22:33:44:55 has `address[5]` 0x00 and `address[0]` 0x55. */
 typedef struct tag_bt_bdaddr {
+    /** Least significant byte first. */
     uint8_t address[6];
 } bt_bdaddr_t;
 
@@ -57,12 +58,14 @@ typedef struct tag_bt_bdaddr {
  * 0x00, 0x00, 0x11, 0x01. The library does not look at it. On the wire events carry `uu[0]` first, most
  * commands `uu[15]`: each function says which. */
 typedef struct tag_bt_uuid {
+    /** Most significant byte first. */
     uint8_t uu[16];
 } bt_uuid_t;
 
 /** One value of out-of-band pairing data: a hash (C) or a randomizer (R), `data[0]` first on the wire.
  */
 typedef struct tag_bt_oob_data {
+    /** As it is exchanged out of band. */
     uint8_t data[16];
 } bt_oob_data_t;
 
@@ -71,13 +74,17 @@ typedef struct tag_bt_oob_data {
 
 /** A device name: at most 248 bytes, always ended by a NUL in what the library returns. */
 typedef struct tag_bt_bdname {
+    /** UTF-8. */
     uint8_t name[BT_NAME_MAX_LEN + 1];
 } bt_bdname_t;
 
 /** One bonded device as the server keeps it. */
 typedef struct tag_bt_remote_device {
+    /** Its address. */
     bt_bdaddr_t address;
+    /** Its name as it was last heard. */
     bt_bdname_t name;
+    /** 24 bits (Assigned Numbers). */
     uint32_t class_of_device;
     /** What the server says; it may be above 16, the number of values that fit into `services`. */
     uint8_t num_service;
@@ -87,7 +94,9 @@ typedef struct tag_bt_remote_device {
 
 /** The 128-bit service UUIDs of a remote device: `num_service_128bit` times 16 bytes, at most five. */
 typedef struct tag_bt_128_service {
+    /** How many UUIDs there are. */
     uint8_t num_service_128bit;
+    /** The UUIDs, one after the other. */
     uint8_t services_128bit[80];
 } bt_128_service_t;
 
@@ -152,8 +161,9 @@ typedef VYM_ENUM(tag_bt_property_type){
     BT_PROPERTY_DISCOVERY_INTERVAL = 36,
 } bt_property_type_t;
 
-/** Descriptors that the server hands over, by what they carry. */
+/** A descriptor that the server hands over: serial data. */
 #define IPC_ID_SPP 0
+/** Sound. */
 #define IPC_ID_AUDIO 1
 
 #ifdef __cplusplus

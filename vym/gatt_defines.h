@@ -38,14 +38,23 @@ typedef VYM_ENUM(tag_gatt_cccd){
     GATT_CCCD_INDICATION = 0x0002,
 } gatt_cccd_t;
 
-/** 16-bit UUIDs of GATT itself (Assigned Numbers, "Declarations", "Descriptors" and "Services"). */
+/* 16-bit UUIDs of GATT itself (Assigned Numbers, "Declarations", "Descriptors" and "Services"). */
+
+/** The service that names the device. */
 #define GATT_UUID16_GAP_SERVICE 0x1800
+/** The service that tells of changed services. */
 #define GATT_UUID16_GATT_SERVICE 0x1801
+/** Declares a primary service. */
 #define GATT_UUID16_PRIMARY_SERVICE 0x2800
+/** Declares a secondary service. */
 #define GATT_UUID16_SECONDARY_SERVICE 0x2801
+/** Declares an included service. */
 #define GATT_UUID16_INCLUDE 0x2802
+/** Declares a characteristic. */
 #define GATT_UUID16_CHARACTERISTIC 0x2803
+/** The descriptor that describes a characteristic in words. */
 #define GATT_UUID16_CHAR_USER_DESCRIPTION 0x2901
+/** The descriptor that switches notifications: gatt_cccd_t. */
 #define GATT_UUID16_CLIENT_CHAR_CONFIG 0x2902
 
 /**

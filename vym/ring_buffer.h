@@ -19,6 +19,7 @@
 extern "C" {
 #endif
 
+/** Bytes on their way from the thread that receives them to the one that reads them. */
 typedef struct tag_ring_buffer_base ring_buffer_t;
 
 /** The operations of a ring buffer. */

@@ -18,7 +18,9 @@
 extern "C" {
 #endif
 
+/** Voice. */
 #define AUDIO_STREAM_TYPE_SCO 0
+/** Music. */
 #define AUDIO_STREAM_TYPE_A2DP 1
 
 /**
@@ -34,6 +36,7 @@ typedef void (*vym_audio_stream_cbk)(uint8_t stream_type, uint8_t codec_type, ui
 
 /** The application's callbacks; looked up for each packet, NULL members are skipped. */
 typedef struct tag_audio_stream_callback {
+    /** A packet has come. */
     vym_audio_stream_cbk vym_audio_stream_cb;
 } audio_stream_callback_t;
 

@@ -36,12 +36,15 @@ typedef VYM_ENUM(tag_avrcp_version){
 
 /** One setting of a player, such as repeat or shuffle. */
 struct AVRCP_IDPairStru {
+    /** Which setting; 1 to 4 as in the profile. */
     uint8_t attr_id;
+    /** What it is set to. */
     uint8_t value;
 };
 
 /** Settings of a player. */
 struct AVRCP_NumIDPairStru {
+    /** How many. */
     uint8_t num;
     /** `num` settings. */
     struct AVRCP_IDPairStru* id_value;
@@ -59,6 +62,7 @@ struct AVRCP_4IDStringStru {
 
 /** Attributes of a track. */
 struct AVRCP_Num4IDValueStru {
+    /** How many. */
     uint8_t num;
     /** `num` attributes, NULL when there are none. */
     struct AVRCP_4IDStringStru* id_value;
@@ -68,42 +72,61 @@ struct AVRCP_Num4IDValueStru {
  * Items of a player's folders, as the server lays them out: packed, numbers in processor order. Names
  * and texts fill their array and need not end with a NUL. Always whole: what the server left out is 0.
  */
-#define VYM_PACKED __attribute__((packed))
+#define VYM_PACKED __attribute__((packed)) /**< without gaps; for this header only */
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic" /* the open array, in C++ and in a union */
 
 /** A player. */
 typedef struct VYM_PACKED tag_btrc_item_player {
+    /** Names it in calls. */
     uint16_t player_id;
+    /** Bits as in the profile: 1 audio, 2 video ... */
     uint8_t major_type;
+    /** Bits as in the profile: 1 audio book, 2 podcast. */
     uint32_t sub_type;
+    /** As in `handle_play_status_changed_cb`. */
     uint8_t play_status;
+    /** Bits as in the profile. */
     uint8_t features[16];
+    /** IANA's number of the name's character set; 106 is UTF-8. */
     uint16_t charset_id;
+    /** For people. */
     uint8_t name[255];
 } btrc_item_player_t;
 
 /** A folder. */
 typedef struct VYM_PACKED tag_btrc_item_folder {
+    /** Names it in calls. */
     uint8_t uid[8];
+    /** As in the profile: 0 mixed, 1 titles, 2 albums ... */
     uint8_t type;
+    /** 1: it can be played as a whole. */
     uint8_t playable;
+    /** IANA's number of the name's character set; 106 is UTF-8. */
     uint16_t charset_id;
+    /** For people. */
     uint8_t name[255];
 } btrc_item_folder_t;
 
 /** One attribute of a media item. */
 typedef struct VYM_PACKED tag_btrc_element_attr_val {
+    /** As in the profile: 1 title, 2 artist, 3 album ... */
     uint32_t attr_id;
+    /** Its value. */
     uint8_t text[255];
 } btrc_element_attr_val_t;
 
 /** A media item. */
 typedef struct VYM_PACKED tag_btrc_item_media {
+    /** Names it in calls. */
     uint8_t uid[8];
+    /** 0 audio, 1 video. */
     uint8_t type;
+    /** IANA's number of the name's character set; 106 is UTF-8. */
     uint16_t charset_id;
+    /** For people. */
     uint8_t name[255];
+    /** Entries of `p_attrs`. */
     int num_attrs;
     /** `num_attrs` attributes. */
     btrc_element_attr_val_t p_attrs[];
@@ -113,10 +136,11 @@ typedef struct VYM_PACKED tag_btrc_item_media {
 typedef struct VYM_PACKED tag_btrc_folder_items {
     /** 1 player, 2 folder, 3 media. */
     uint8_t item_type;
+    /** The one that `item_type` names. */
     union VYM_PACKED {
-        btrc_item_player_t player;
-        btrc_item_folder_t folder;
-        btrc_item_media_t media;
+        btrc_item_player_t player; /**< a player */
+        btrc_item_folder_t folder; /**< a folder */
+        btrc_item_media_t media;   /**< a media item */
     } item;
 } btrc_folder_items_t;
 
@@ -133,6 +157,7 @@ typedef struct VYM_PACKED tag_btrc_folder_items {
 typedef struct tag_avrcp_callback {
     /** The player has taken a key. `id`: the key; `key_state`: 0 pressed, 1 released. */
     void (*handle_passthrough_rsp_cb)(uint8_t id, uint8_t key_state);
+    /** `connected`: 1 connected, 0 disconnected. */
     void (*connection_state_changed_cb)(uint8_t connected, bt_bdaddr_t address);
     /** What the player can do: see convert_feature_to_avrcp_version(). `ca_psm`: where its cover art
      * is reached, for vym_avrcp_connect_bip(). */
@@ -159,7 +184,9 @@ typedef struct tag_avrcp_callback {
     void (*handle_play_status_changed_cb)(bt_bdaddr_t address, uint8_t play_status);
     /** The server's `status` with 0 and 4 exchanged. `count`: items in the folder. */
     void (*change_folder_path_rsp_cb)(bt_bdaddr_t address, uint8_t status, int count);
+    /** Answer to vym_avrcp_get_total_number_of_items(). `status` as the server gives it. */
     void (*get_total_number_of_items_rsp_cb)(bt_bdaddr_t address, uint8_t status, int count);
+    /** Answer to vym_avrcp_play_item(). `status` as the server gives it. */
     void (*play_item_rsp_cb)(bt_bdaddr_t address, uint8_t status);
     /** One player of a list. */
     void (*get_player_item_cb)(bt_bdaddr_t address, uint8_t status, btrc_item_player_t* item);
@@ -167,8 +194,11 @@ typedef struct tag_avrcp_callback {
     void (*get_folder_item_cb)(bt_bdaddr_t address, uint8_t status, btrc_item_folder_t* item);
     /** One media item of a list. `num_attrs` is never more than there are. */
     void (*get_media_item_cb)(bt_bdaddr_t address, uint8_t status, btrc_item_media_t* item);
+    /** What is being played, or the list of it, has changed. */
     void (*now_playing_content_changed_cb)(bt_bdaddr_t address, uint8_t state);
+    /** The phone has turned to another of its players. */
     void (*addressed_player_changed_cb)(bt_bdaddr_t address, uint16_t player_id);
+    /** A player was installed or removed. */
     void (*available_player_changed_cb)(bt_bdaddr_t address, uint8_t state);
     /** Answer to vym_avrcp_connect_bip(). */
     void (*connect_bip_result_cb)(bt_bdaddr_t address, uint8_t status);

@@ -39,6 +39,7 @@ typedef struct tag_parser {
 typedef struct tag_event_parser {
     /** Index of the NUL that ends the event in progress, -1 when it has not arrived. */
     int event_end_pos;
+    /** Entries of `parser_list`. */
     int num_of_parsers;
     /** Owned by this structure. */
     parser_t* parser_list;

@@ -62,6 +62,7 @@ typedef struct tag_gatt_client_callback {
     void (*notify_cb)(uint16_t conn_id, bt_bdaddr_t address, uint8_t srvcType, uint16_t srvcInstId,
                       bt_uuid_t srvcUuid, uint16_t charInstId, bt_uuid_t charUuid, uint8_t isNotify,
                       uint16_t dataLen, uint8_t* data);
+    /** The connection is there, or could not be made. `status`: GATT status, 0 is success. */
     void (*connected_cb)(uint8_t client_if, uint16_t conn_id, uint8_t status, bt_bdaddr_t address);
     /** The connection is gone. When the callback has returned, the library unregisters the client. */
     void (*disconnected_cb)(uint8_t client_if, uint16_t conn_id, uint8_t status, bt_bdaddr_t address);

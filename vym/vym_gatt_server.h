@@ -139,6 +139,7 @@ bt_status_t vym_gatt_server_unregister_client(uint8_t client_if);
 /** Registers the application; answered by `server_registered_cb`. @param uuid16 names it. */
 bt_status_t vym_gatt_server_register_app(bt_uuid_t uuid16);
 
+/** Takes the registration back; answered by no event. */
 bt_status_t vym_gatt_server_unregister_app(uint8_t server_if);
 
 /**

@@ -85,6 +85,7 @@ typedef struct tag_hfp_callback {
     void (*network_signal_cb)(uint16_t signal);
     /** 0 to 5. */
     void (*battery_level_cb)(uint16_t battery_level);
+    /** The name of the phone's network. */
     void (*current_operator_cb)(char* name);
     /** 0: a call is held by response and hold; 1: such a call was accepted; 2: it was rejected. */
     void (*resp_and_hold_cb)(uint8_t resp_and_hold);
@@ -105,7 +106,9 @@ typedef struct tag_hfp_callback {
     void (*last_voice_tag_number_cb)(char* number);
     /** The phone rings; repeated while it does. */
     void (*ring_indication_cb)(void);
+    /** The phone's model. */
     void (*ag_model_name_cb)(char* name);
+    /** Who made the phone. */
     void (*ag_manufacturer_id_cb)(char* name);
     /** A command failed (`result` is not 0), or a refresh of the call list ended (`command` is 21). */
     void (*call_action_complete_cb)(int command, int result);
@@ -132,6 +135,7 @@ void vym_hfp_done(void);
 /** Connects to a phone; answered by `connection_state_cb`. */
 bt_status_t vym_hfp_connect(bt_bdaddr_t address);
 
+/** Disconnects from a phone; answered by `connection_state_cb`. */
 bt_status_t vym_hfp_disconnect(bt_bdaddr_t address);
 
 /** Moves the voice to this device; answered by `audio_state_cb`. */
@@ -140,8 +144,10 @@ bt_status_t vym_hfp_connect_audio(bt_bdaddr_t address);
 /** Moves the voice back to the phone. */
 bt_status_t vym_hfp_disconnect_audio(bt_bdaddr_t address);
 
+/** Starts the phone's voice recognition; `vr_cmd_cb` tells when it changes. */
 bt_status_t vym_hfp_start_voice_recognition(void);
 
+/** Ends it. */
 bt_status_t vym_hfp_stop_voice_recognition(void);
 
 /** @param type 0 speaker, 1 microphone. @param volume 0 to 15. */

@@ -66,6 +66,7 @@ typedef struct tag_pbap_callback {
     void (*get_phonebook_status_cb)(uint16_t result);
     /** Answer to vym_pbap_get_phonebook_size(). */
     void (*get_phonebook_size_cb)(uint16_t type, uint16_t size, uint16_t result);
+    /** One entry of a download. */
     void (*index_data_ind_cb)(phone_book_t phone_book);
     /** A piece of the photograph of the entry `index`; `state` tells the pieces apart. `data` is valid
      * until the callback returns, and NULL when the piece is empty. */
@@ -87,6 +88,7 @@ void vym_pbap_done(void);
 /** Connects to a phone; answered by `connection_status_cb`. */
 bt_status_t vym_pbap_connect(bt_bdaddr_t address);
 
+/** Disconnects from a phone; answered by `connection_status_cb`. */
 bt_status_t vym_pbap_disconnect(bt_bdaddr_t address);
 
 /**
@@ -124,13 +126,17 @@ bt_status_t vym_pbap_pull_vcard_by_number(int index, char* number);
 
 /** A connected phone. */
 typedef struct PBAPConnectionStru {
+    /** The phone. */
     bt_bdaddr_t address;
+    /** The one that connected after it, or NULL. */
     struct PBAPConnectionStru* next;
 } NODESTRU;
 
 /** A list of them; {NULL, NULL} is an empty one. */
 typedef struct tag_pbap_list {
+    /** The first phone, NULL in an empty list. */
     NODESTRU* head;
+    /** The last one. */
     NODESTRU* tail;
 } LISTSTRU;
 

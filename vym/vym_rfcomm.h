@@ -65,6 +65,7 @@ typedef struct vym_bluetooth_socket {
 typedef struct vym_bluetooth_server_socket {
     /** 0. */
     uint8_t status;
+    /** The service that is offered. */
     bt_uuid_t uuid;
     /** The RFCOMM server channel that the server chose. */
     uint8_t server_channel;
