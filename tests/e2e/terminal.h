@@ -39,6 +39,7 @@ public:
             setenv("TERM", "vt100", 1);
             setenv("LC_ALL", "C.UTF-8", 1);
             std::vector<char*> arguments;
+            arguments.reserve(command.size() + 1);
             for (std::string& word : command) {
                 arguments.push_back(word.data());
             }
