@@ -5,15 +5,14 @@
 // at a terminal is typed and answers as they say, and their links lead somewhere.
 
 #include "e2e/terminal.h"
+#include "e2e/top_directory.h"
 #include "support/capture_reader.h"
-#include "support/temp_dir.h"
 #include "support/text.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -186,34 +185,16 @@ TEST(Pages, CarryOutEverySnippet) {
 
 #if VYM_SIM_HAS_PROMPT
 
-// The tree as it is after the demonstration: the build is build/demo, and a compiler is there that
-// builds as the build did.
-class TopDirectory {
-public:
-    TopDirectory() {
-        fs::create_directories(place_.Path() + "/build");
-        fs::create_directories(place_.Path() + "/bin");
-        fs::create_directory_symlink(VYM_BUILD_DIR, place_.Path() + "/build/demo");
-        fs::create_directory_symlink(std::string(kTop) + "/docs", place_.Path() + "/docs");
-        const std::string compiler = place_.Path() + "/bin/cc";
-        std::ofstream(compiler) << "#!/bin/sh\nexec " VYM_C_COMPILER " \"$@\" " VYM_C_FLAGS "\n";
-        fs::permissions(compiler, fs::perms::owner_all);
-    }
-    // Its prompt begins with the exit code of what failed.
-    [[nodiscard]] std::vector<std::string> Shell() const {
-        return {"/usr/bin/env", "-C",      place_.Path(), "PS1=${?#0}$ ",
-                "NO_COLOR=1",   "/bin/sh", "-c",          "PATH=$PWD/bin:$PATH exec /bin/sh -i"};
-    }
-    [[nodiscard]] const std::string& Path() const { return place_.Path(); }
-
-private:
-    support::TempDir place_;
-};
+// Its prompt begins with the exit code of what failed.
+std::vector<std::string> ShellIn(const e2e::TopDirectory& top) {
+    return top.Command(
+        {"PS1=${?#0}$ ", "NO_COLOR=1", "/bin/sh", "-c", "PATH=$PWD/bin:$PATH exec /bin/sh -i"});
+}
 
 // Two terminals, and what is typed at them.
 class Desk {
 public:
-    explicit Desk(const TopDirectory& top) : one_(top.Shell(), "$ "), two_(top.Shell(), "$ ") {}
+    explicit Desk(const e2e::TopDirectory& top) : one_(ShellIn(top), "$ "), two_(ShellIn(top), "$ ") {}
 
     // One line of a block: typed when it has a prompt, waited for when it is an answer.
     ::testing::AssertionResult Do(int number, const std::string& line) {
@@ -312,7 +293,7 @@ class PageWithConsole : public EveryPage {};
 INSTANTIATE_TEST_SUITE_P(Pages, PageWithConsole, ::testing::ValuesIn(PagesWithConsole()), NameOf);
 
 TEST_P(PageWithConsole, IsTrueLineByLine) {
-    const TopDirectory top;
+    const e2e::TopDirectory top;
     Desk desk(top);
     for (const Block& block : page_.blocks) {
         if (block.language != "console") {
