@@ -27,24 +27,24 @@ extern "C" {
 #define VYM_ENUM(name) enum name
 #endif
 
-/** Result of every call. The library itself produces 0, 1 and 3; the others name what a server may
+/** Result of every call. The library itself produces 0 to 3 and 7; the others name what a server may
  * report. */
 typedef VYM_ENUM(tag_bt_status){
-    BT_STATUS_SUCCESS = 0,
-    BT_STATUS_FAIL = 1,
-    BT_STATUS_NOT_READY = 2,
-    BT_STATUS_NOMEM = 3,
-    BT_STATUS_BUSY = 4,
-    BT_STATUS_DONE = 5,
-    BT_STATUS_UNSUPPORTED = 6,
-    BT_STATUS_PARM_INVALID = 7,
-    BT_STATUS_UNHANDLED = 8,
-    BT_STATUS_AUTH_FAILURE = 9,
-    BT_STATUS_RMT_DEV_DOWN = 10,
-    BT_STATUS_AUTH_REJECTED = 11,
-    BT_STATUS_JNI_ENVIRONMENT_ERROR = 12,
-    BT_STATUS_JNI_THREAD_ATTACH_ERROR = 13,
-    BT_STATUS_WAKELOCK_ERROR = 14,
+    BT_STATUS_SUCCESS = 0,        /**< sent, or done */
+    BT_STATUS_FAIL = 1,           /**< failed, without a reason */
+    BT_STATUS_NOT_READY = 2,      /**< switched off, starting, or the profile is not initialised */
+    BT_STATUS_NOMEM = 3,          /**< no memory */
+    BT_STATUS_BUSY = 4,           /**< something else is in progress; later it may work */
+    BT_STATUS_DONE = 5,           /**< it was already done */
+    BT_STATUS_UNSUPPORTED = 6,    /**< not in this server or controller */
+    BT_STATUS_PARM_INVALID = 7,   /**< an argument is not valid */
+    BT_STATUS_UNHANDLED = 8,      /**< nobody took the request */
+    BT_STATUS_AUTH_FAILURE = 9,   /**< authentication failed: a wrong PIN or passkey */
+    BT_STATUS_RMT_DEV_DOWN = 10,  /**< the remote device does not answer */
+    BT_STATUS_AUTH_REJECTED = 11, /**< the remote device rejected the pairing */
+    BT_STATUS_JNI_ENVIRONMENT_ERROR = 12,   /**< the server lacks its Java environment */
+    BT_STATUS_JNI_THREAD_ATTACH_ERROR = 13, /**< the server could not attach a thread to Java */
+    BT_STATUS_WAKELOCK_ERROR = 14,          /**< the host could not be kept awake */
 } bt_status_t;
 
 /** A device address. `address[5]` is the most significant byte, the one written first:
@@ -105,60 +105,60 @@ typedef uint32_t bt_manufacturer_code_t;
 
 /** Power state of the local adapter. */
 typedef VYM_ENUM(tag_bt_state){
-    BT_STATE_OFF = 0,
-    BT_STATE_ON = 1,
+    BT_STATE_OFF = 0, /**< switched off */
+    BT_STATE_ON = 1,  /**< switched on */
 } bt_state_t;
 
 /** Who may find and connect to the local adapter. */
 typedef VYM_ENUM(tag_bt_scan_mode){
-    BT_SCAN_MODE_NONE = 0,
-    BT_SCAN_MODE_CONNECTABLE = 1,
-    BT_SCAN_MODE_CONNECTABLE_DISCOVERABLE = 2,
+    BT_SCAN_MODE_NONE = 0,                     /**< nobody may */
+    BT_SCAN_MODE_CONNECTABLE = 1,              /**< who knows the address may connect */
+    BT_SCAN_MODE_CONNECTABLE_DISCOVERABLE = 2, /**< everybody may find it and connect */
 } bt_scan_mode_t;
 
 /** State of the ACL link to a remote device. Note that "connected" is 0. */
 typedef VYM_ENUM(tag_bt_acl_state){
-    BT_ACL_STATE_CONNECTED = 0,
-    BT_ACL_STATE_DISCONNECTED = 1,
+    BT_ACL_STATE_CONNECTED = 0,    /**< there is a link */
+    BT_ACL_STATE_DISCONNECTED = 1, /**< there is none */
 } bt_acl_state_t;
 
 /** State of the bond with a remote device. */
 typedef VYM_ENUM(tag_bt_bond_state){
-    BT_BOND_STATE_NONE = 0,
-    BT_BOND_STATE_BONDING = 1,
-    BT_BOND_STATE_BONDED = 2,
+    BT_BOND_STATE_NONE = 0,    /**< not bonded */
+    BT_BOND_STATE_BONDING = 1, /**< pairing is in progress */
+    BT_BOND_STATE_BONDED = 2,  /**< paired, and the keys are kept */
 } bt_bond_state_t;
 
 /** State of device discovery. */
 typedef VYM_ENUM(tag_bt_discovery_state){
-    BT_DISCOVERY_STOPPED = 0,
-    BT_DISCOVERY_STARTED = 1,
+    BT_DISCOVERY_STOPPED = 0, /**< it has ended */
+    BT_DISCOVERY_STARTED = 1, /**< it has begun */
 } bt_discovery_state_t;
 
 /** What secure simple pairing asks the user for. */
 typedef VYM_ENUM(tag_bt_ssp_variant){
-    BT_SSP_VARIANT_PASSKEY_CONFIRMATION = 0,
-    BT_SSP_VARIANT_PASSKEY_ENTRY = 1,
-    BT_SSP_VARIANT_CONSENT = 2,
-    BT_SSP_VARIANT_PASSKEY_NOTIFICATION = 3,
+    BT_SSP_VARIANT_PASSKEY_CONFIRMATION = 0, /**< are the numbers the same on both sides? */
+    BT_SSP_VARIANT_PASSKEY_ENTRY = 1,        /**< type the number that the other side shows */
+    BT_SSP_VARIANT_CONSENT = 2,              /**< shall it be paired? There is no number. */
+    BT_SSP_VARIANT_PASSKEY_NOTIFICATION = 3, /**< show the number; the other side types it */
 } bt_ssp_variant_t;
 
 /** Properties of the local adapter and of remote devices, by the number they have on the wire. */
 typedef VYM_ENUM(tag_bt_property_type){
-    BT_PROPERTY_BDNAME = 1,
-    BT_PROPERTY_BDADDR = 2,
-    BT_PROPERTY_UUIDS = 3,
-    BT_PROPERTY_CLASS_OF_DEVICE = 4,
-    BT_PROPERTY_ADAPTER_SCAN_MODE = 7,
-    BT_PROPERTY_ADAPTER_BONDED_DEVICES = 8,
-    BT_PROPERTY_ADAPTER_DISCOVERY_TIMEOUT = 9,
-    BT_PROPERTY_ADAPTER_SAVED_DEVICES = 15,
-    BT_PROPERTY_REMOTE_DEVICE_PRIORITY = 32,
-    BT_PROPERTY_REMOTE_MANUFACTURER_CODE = 33,
+    BT_PROPERTY_BDNAME = 1,                    /**< name, bt_bdname_t */
+    BT_PROPERTY_BDADDR = 2,                    /**< address of the adapter */
+    BT_PROPERTY_UUIDS = 3,                     /**< UUIDs of a remote device's services */
+    BT_PROPERTY_CLASS_OF_DEVICE = 4,           /**< class of device (Assigned Numbers) */
+    BT_PROPERTY_ADAPTER_SCAN_MODE = 7,         /**< bt_scan_mode_t */
+    BT_PROPERTY_ADAPTER_BONDED_DEVICES = 8,    /**< addresses of the bonded devices */
+    BT_PROPERTY_ADAPTER_DISCOVERY_TIMEOUT = 9, /**< seconds of being discoverable, 0 without end */
+    BT_PROPERTY_ADAPTER_SAVED_DEVICES = 15,    /**< the same with names: bt_remote_device_t */
+    BT_PROPERTY_REMOTE_DEVICE_PRIORITY = 32,   /**< vym_bluetooth_get_device_priority() */
+    BT_PROPERTY_REMOTE_MANUFACTURER_CODE = 33, /**< vym_bluetooth_get_manufacturer_code() */
     /** Not a property of the server: marks a wait for the version text. */
     BT_PROPERTY_VERSION = 34,
-    BT_PROPERTY_BONDED_DEVICE_NUM = 35,
-    BT_PROPERTY_DISCOVERY_INTERVAL = 36,
+    BT_PROPERTY_BONDED_DEVICE_NUM = 35,  /**< how many bonded devices the server keeps */
+    BT_PROPERTY_DISCOVERY_INTERVAL = 36, /**< length of a discovery in units of 1.28 s */
 } bt_property_type_t;
 
 /** A descriptor that the server hands over: serial data. */

@@ -20,22 +20,22 @@ extern "C" {
 
 /** What a characteristic allows, one bit each (Core Specification, Vol 3, Part G, 3.3.1.1). */
 typedef VYM_ENUM(tag_gatt_char_prop){
-    GATT_CHAR_PROP_BROADCAST = 0x01,
-    GATT_CHAR_PROP_READ = 0x02,
-    GATT_CHAR_PROP_WRITE_NO_RESPONSE = 0x04,
-    GATT_CHAR_PROP_WRITE = 0x08,
-    GATT_CHAR_PROP_NOTIFY = 0x10,
-    GATT_CHAR_PROP_INDICATE = 0x20,
-    GATT_CHAR_PROP_SIGNED_WRITE = 0x40,
-    GATT_CHAR_PROP_EXTENDED = 0x80,
+    GATT_CHAR_PROP_BROADCAST = 0x01,         /**< its value may be broadcast in advertisements */
+    GATT_CHAR_PROP_READ = 0x02,              /**< it may be read */
+    GATT_CHAR_PROP_WRITE_NO_RESPONSE = 0x04, /**< it may be written without an answer */
+    GATT_CHAR_PROP_WRITE = 0x08,             /**< it may be written, with an answer */
+    GATT_CHAR_PROP_NOTIFY = 0x10,            /**< it notifies, without a confirmation */
+    GATT_CHAR_PROP_INDICATE = 0x20,          /**< it indicates, with a confirmation */
+    GATT_CHAR_PROP_SIGNED_WRITE = 0x40,      /**< it may be written with a signature */
+    GATT_CHAR_PROP_EXTENDED = 0x80,          /**< more is in the descriptor 0x2900 */
 } gatt_char_prop_t;
 
 /** Value of a client characteristic configuration descriptor, sent as two bytes, low byte first (Core
  * Specification, Vol 3, Part G, 3.3.3.3). */
 typedef VYM_ENUM(tag_gatt_cccd){
-    GATT_CCCD_NONE = 0x0000,
-    GATT_CCCD_NOTIFICATION = 0x0001,
-    GATT_CCCD_INDICATION = 0x0002,
+    GATT_CCCD_NONE = 0x0000,         /**< neither */
+    GATT_CCCD_NOTIFICATION = 0x0001, /**< notifications */
+    GATT_CCCD_INDICATION = 0x0002,   /**< indications */
 } gatt_cccd_t;
 
 /* 16-bit UUIDs of GATT itself (Assigned Numbers, "Declarations", "Descriptors" and "Services"). */
@@ -75,22 +75,22 @@ typedef VYM_ENUM(tag_gatt_cccd){
 
 /** Kind of a service, as the server numbers it. */
 typedef VYM_ENUM(tag_gatt_service_type){
-    GATT_SERVICE_TYPE_PRIMARY = 0,
-    GATT_SERVICE_TYPE_SECONDARY = 1,
+    GATT_SERVICE_TYPE_PRIMARY = 0,   /**< found by its UUID */
+    GATT_SERVICE_TYPE_SECONDARY = 1, /**< found only where another one includes it */
 } gatt_service_type_t;
 
 /** How a value is written, as the server numbers it. The procedures: Core Specification, Vol 3, Part G,
  * 4.9. */
 typedef VYM_ENUM(tag_gatt_write_type){
-    GATT_WRITE_TYPE_NO_RESPONSE = 1,
-    GATT_WRITE_TYPE_DEFAULT = 2,
+    GATT_WRITE_TYPE_NO_RESPONSE = 1, /**< not answered */
+    GATT_WRITE_TYPE_DEFAULT = 2,     /**< answered */
     /** Kept by the peer until vym_gatt_client_execute_write(). */
     GATT_WRITE_TYPE_PREPARE = 3,
 } gatt_write_type_t;
 
 /** What a read or write asks of the link, as the server numbers it. */
 typedef VYM_ENUM(tag_gatt_auth_req){
-    GATT_AUTH_REQ_NONE = 0,
+    GATT_AUTH_REQ_NONE = 0, /**< as the link is */
     /** Encrypted. */
     GATT_AUTH_REQ_NO_MITM = 1,
     /** Encrypted, and paired with protection against a man in the middle. */
@@ -99,9 +99,9 @@ typedef VYM_ENUM(tag_gatt_auth_req){
 
 /** The radio of a connection, as the server numbers it. */
 typedef VYM_ENUM(tag_gatt_transport){
-    GATT_TRANSPORT_AUTO = 0,
-    GATT_TRANSPORT_BR_EDR = 1,
-    GATT_TRANSPORT_LE = 2,
+    GATT_TRANSPORT_AUTO = 0,   /**< the server chooses */
+    GATT_TRANSPORT_BR_EDR = 1, /**< Basic Rate */
+    GATT_TRANSPORT_LE = 2,     /**< Low Energy */
 } gatt_transport_t;
 
 #ifdef __cplusplus

@@ -31,7 +31,11 @@ extern "C" {
 
 /** Version of the profile that a player speaks. 1, 2 and 7 may occur, without a name. */
 typedef VYM_ENUM(tag_avrcp_version){
-    AVRCP_1_0 = 0, AVRCP_1_3 = 3, AVRCP_1_4 = 4, AVRCP_1_5 = 5, AVRCP_1_6 = 6,
+    AVRCP_1_0 = 0, /**< version 1.0 */
+    AVRCP_1_3 = 3, /**< version 1.3 */
+    AVRCP_1_4 = 4, /**< version 1.4 */
+    AVRCP_1_5 = 5, /**< version 1.5 */
+    AVRCP_1_6 = 6, /**< version 1.6 */
 } avrcp_version_t;
 
 /** One setting of a player, such as repeat or shuffle. */

@@ -41,15 +41,15 @@ extern "C" {
 /** Who may read and write an attribute, one bit each: for vym_gatt_server_add_characteristic() and
  * vym_gatt_server_add_descriptor(). */
 enum {
-    PERMISSION_READ = 0x0001,
-    PERMISSION_READ_ENCRYPTED = 0x0002,
+    PERMISSION_READ = 0x0001,           /**< anybody may read */
+    PERMISSION_READ_ENCRYPTED = 0x0002, /**< read over an encrypted link */
     /** The link must be encrypted and the pairing protected against a man in the middle. */
     PERMISSION_READ_ENCRYPTED_MITM = 0x0004,
-    PERMISSION_WRITE = 0x0010,
-    PERMISSION_WRITE_ENCRYPTED = 0x0020,
-    PERMISSION_WRITE_ENCRYPTED_MITM = 0x0040,
-    PERMISSION_WRITE_SIGNED = 0x0080,
-    PERMISSION_WRITE_SIGNED_MITM = 0x0100,
+    PERMISSION_WRITE = 0x0010,                /**< anybody may write */
+    PERMISSION_WRITE_ENCRYPTED = 0x0020,      /**< write over an encrypted link */
+    PERMISSION_WRITE_ENCRYPTED_MITM = 0x0040, /**< as PERMISSION_READ_ENCRYPTED_MITM, to write */
+    PERMISSION_WRITE_SIGNED = 0x0080,         /**< write with a signature */
+    PERMISSION_WRITE_SIGNED_MITM = 0x0100,    /**< the signature's key is of a protected pairing */
 };
 
 /** Told of a client interface; see vym_gatt_server_register_client(). */

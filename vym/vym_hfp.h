@@ -28,7 +28,7 @@ extern "C" {
 
 /** What to do with a call in progress when another is accepted. */
 typedef VYM_ENUM(tag_accept_flag){
-    CALL_ACCEPT_NONE = 0,
+    CALL_ACCEPT_NONE = 0, /**< there is no other call */
     /** Hold the current call and take the new one. */
     CALL_ACCEPT_HOLD = 1,
     /** End the current call and take the new one. */
@@ -38,12 +38,12 @@ typedef VYM_ENUM(tag_accept_flag){
 /** State of a call: the status codes of the Hands-Free Profile's list of current calls (+CLCC), and two
  * more. */
 typedef VYM_ENUM(tag_call_state){
-    CALL_STATE_ACTIVE = 0,
-    CALL_STATE_HELD = 1,
-    CALL_STATE_DIALING = 2,
-    CALL_STATE_ALERTING = 3,
-    CALL_STATE_INCOMING = 4,
-    CALL_STATE_WAITING = 5,
+    CALL_STATE_ACTIVE = 0,   /**< both speak */
+    CALL_STATE_HELD = 1,     /**< put on hold */
+    CALL_STATE_DIALING = 2,  /**< outgoing, the network is looking for the other side */
+    CALL_STATE_ALERTING = 3, /**< outgoing, it rings there */
+    CALL_STATE_INCOMING = 4, /**< it rings here */
+    CALL_STATE_WAITING = 5,  /**< a second one that comes in during another */
     /** An incoming call that was put on hold instead of answered (response and hold). */
     CALL_STATE_HELD_BY_RESP_HOLD = 6,
     /** The call is gone; set by the library. */

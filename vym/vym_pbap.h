@@ -27,15 +27,17 @@ extern "C" {
 
 /** What is fetched. */
 typedef VYM_ENUM(tag_sync_type){
-    SYNC_OCH = 2, /**< outgoing calls */
-    SYNC_MCH = 3, /**< missed calls */
-    SYNC_ICH = 4, /**< incoming calls */
-    SYNC_SIM_CONTACT = 5, SYNC_PHONE_CONTACT = 6, SYNC_CALLLOG = 7,
+    SYNC_OCH = 2,           /**< outgoing calls */
+    SYNC_MCH = 3,           /**< missed calls */
+    SYNC_ICH = 4,           /**< incoming calls */
+    SYNC_SIM_CONTACT = 5,   /**< contacts on the SIM card */
+    SYNC_PHONE_CONTACT = 6, /**< contacts in the phone */
+    SYNC_CALLLOG = 7,       /**< all calls */
 } sync_type_t;
 
 /** Properties of an entry's vCard, one bit each; bits without a name here are passed on as they are. */
 typedef VYM_ENUM(tag_mask_type){
-    PBAP_INFO_MASK_PHOTO = 0x10,
+    PBAP_INFO_MASK_PHOTO = 0x10, /**< the photograph */
 } mask_type_t;
 
 /** One entry of a phone book or a list of calls; what does not apply is 0 or empty. */
