@@ -11,20 +11,10 @@ function Link(link)
     return link
 end
 
--- What follows the list of guides on the first page.
+-- The first page leads to the API reference, which is written beside these pages.
 function Pandoc(document)
     if PANDOC_STATE.output_file:match("index%.html$") then
-        local guides = {
-            { "first-steps", "First steps" }, { "application", "Writing an application" },
-            { "lifetimes", "Threads, lifetimes, time-outs" }, { "testing", "Testing with the simulator" },
-            { "diagnosing", "Diagnosing with captures" }, { "porting", "Porting to a board" },
-            { "protocol", "Protocol" }, { "api/index", "API reference" },
-        }
-        local items = {}
-        for _, guide in ipairs(guides) do
-            table.insert(items, { pandoc.Plain { pandoc.Link(guide[2], guide[1] .. ".html") } })
-        end
-        table.insert(document.blocks, 2, pandoc.BulletList(items))
+        table.insert(document.blocks, 2, pandoc.Para { pandoc.Link("API reference", "api/index.html") })
     end
     return document
 end

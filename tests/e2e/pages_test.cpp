@@ -162,6 +162,13 @@ TEST_P(EveryPage, HasLinksThatLeadSomewhere) {
     }
 }
 
+TEST(Pages, AreAllNamedOnTheFirstOne) {
+    const std::string first = Read("README.md").prose;
+    for (const std::string& path : Pages()) {
+        EXPECT_TRUE(path == "README.md" || first.find("](" + path + ")") != std::string::npos) << path;
+    }
+}
+
 TEST(Pages, CarryOutEverySnippet) {
     std::string typed;
     for (const std::string& path : Pages()) {
