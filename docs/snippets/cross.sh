@@ -7,5 +7,5 @@
 set -e
 cmake -S . -B "$2" -DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$1" -DCMAKE_INSTALL_PREFIX=/usr \
     -DBUILD_TESTING=OFF -DVYM_BUILD_SIM=OFF -DVYM_BUILD_TOOLS=OFF -DVYM_BUILD_EXAMPLES=OFF
-cmake --build "$2"
+cmake --build "$2" -j 4
 DESTDIR=$3 cmake --install "$2"

@@ -16,10 +16,10 @@ namespace {
 TEST(ProtocolPage, IsMadeOfTheDescription) {
     const std::vector<std::string> written = support::Lines(support::ReadFile(VYM_PROTOCOL_PAGE));
     const std::vector<std::string> due = support::Lines(protocol::page());
-    EXPECT_EQ(written.size(), due.size()) << "vym_protocol_page > docs/protocol.md writes it anew";
     for (size_t i = 0; i < std::min(written.size(), due.size()); ++i) {
-        EXPECT_EQ(written[i], due[i]) << "vym_protocol_page > docs/protocol.md writes it anew";
+        ASSERT_EQ(written[i], due[i]) << "vym_protocol_page > docs/protocol.md writes it anew";
     }
+    EXPECT_EQ(written.size(), due.size()) << "vym_protocol_page > docs/protocol.md writes it anew";
 }
 
 TEST(ProtocolPage, ShowsNumbersTextsBlocksListsAndChoices) {
