@@ -22,7 +22,7 @@ constexpr const char* kOnVymSim = "power: vym-sim is on\n";
 TEST(Snippets, FindAndJudgeInContinuousIntegration) {
     const e2e::TopDirectory top;
     Process ci(top.Command({"sh", "docs/snippets/ci.sh", "build/demo"}));
-    EXPECT_EQ(ci.ExitCode(), 0) << ci.Err();
+    EXPECT_EQ(ci.ExitCode(3 * support::TimeLimit()), 0) << ci.Err();
     EXPECT_TRUE(e2e::HasInOrder(ci.Out(), {"2A:41:6E:6E:61:01  -52 dBm  Anna's phone\n",
                                            "11:22:33:44:55:66  -67 dBm  Kitchen speaker\n"}));
 }
@@ -31,7 +31,7 @@ TEST(Snippets, SwitchOnFromCpp) {
     const e2e::TopDirectory top;
     const e2e::RunningSim sim;
     Process power(top.Command({"build/demo/docs/snippets/power", sim.Directory()}));
-    EXPECT_EQ(power.ExitCode(), 0) << power.Err();
+    EXPECT_EQ(power.ExitCode(3 * support::TimeLimit()), 0) << power.Err();
     EXPECT_NE(power.Out().find(kOnVymSim), std::string::npos) << power.Out();
 }
 
