@@ -4,6 +4,7 @@
 #include "codec.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 namespace protocol {
@@ -37,14 +38,26 @@ std::optional<char> unescaped(char second) {
     return std::nullopt;
 }
 
-int digit_of(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
+/// What is no digit has all the upper bits.
+constexpr uint8_t kNoDigit = 0xFF;
+
+constexpr std::array<uint8_t, 256> kDigitOf = [] {
+    std::array<uint8_t, 256> digits{};
+    for (uint8_t& digit : digits) {
+        digit = kNoDigit;
     }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
+    for (uint8_t i = 0; i < 10; ++i) {
+        digits[size_t{'0'} + i] = i;
     }
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+    for (uint8_t i = 10; i < 16; ++i) {
+        digits[size_t{'A'} + i - 10] = i;
+        digits[size_t{'a'} + i - 10] = i;
+    }
+    return digits;
+}();
+
+uint8_t digit_of(char c) {
+    return kDigitOf[static_cast<unsigned char>(c)];
 }
 
 bool is_number(Type type) {
@@ -102,9 +115,43 @@ std::string quoted(std::string_view text) {
     return to_text(value);
 }
 
+/// The places of a list in turn. Values that an earlier message has left there keep their memory.
+class Places {
+public:
+    explicit Places(std::vector<Value>* values) : values_(*values) {}
+    ~Places() { values_.resize(taken_); }
+    Places(const Places&) = delete;
+    Places& operator=(const Places&) = delete;
+    Places(Places&&) = delete;
+    Places& operator=(Places&&) = delete;
+
+    /// The next place, to be filled; it belongs to the list once take() is called.
+    Value* next(const Field& field) {
+        if (taken_ == values_.size()) {
+            values_.emplace_back();
+        }
+        Value& value = values_[taken_];
+        value.field = &field;
+        value.is_list = false;
+        value.number = 0;
+        value.bytes.clear();
+        value.members.clear();
+        return &value;
+    }
+    void take() { ++taken_; }
+
+    size_t taken() const { return taken_; }
+    const Value* begin() const { return values_.data(); }
+    const Value* end() const { return values_.data() + taken_; }
+
+private:
+    std::vector<Value>& values_;
+    size_t taken_ = 0;
+};
+
 /// The values around one, from the inside out.
 struct Scope {
-    const std::vector<Value>& values;
+    const Places& values;
     const Scope* outer;
 
     const Value* find(std::string_view name) const {
@@ -125,6 +172,9 @@ struct Scope {
 };
 
 bool applies(When when, const Scope& scope) {
+    if (when == When::Always) {
+        return true;
+    }
     const uint32_t target = scope.number("target");
     switch (when) {
     case When::Contact:
@@ -153,19 +203,19 @@ public:
     explicit Reader(std::string_view text) : text_(text) {}
 
     bool read(const Fields& fields, std::vector<Value>* values, const Scope* outer) {
-        values->reserve(static_cast<size_t>(fields.end() - fields.begin()));
-        const Scope scope{*values, outer};
+        values->reserve(fields.size());
+        Places places(values);
+        const Scope scope{places, outer};
         for (const Field& field : fields) {
             if (!applies(field.when, scope)) {
                 continue;
             }
-            Value value;
-            value.field = &field;
-            const bool good = field.repeat == Repeat::Once ? read_one(field, &value, scope)
-                                                           : read_list(field, &value, scope);
+            Value* value = places.next(field);
+            const bool good = field.repeat == Repeat::Once ? read_one(field, value, scope)
+                                                           : read_list(field, value, scope);
             // What was read of a list or a block before it went wrong is shown as well.
-            if (good || !value.members.empty()) {
-                values->push_back(std::move(value));
+            if (good || !value->members.empty()) {
+                places.take();
             }
             if (!good) {
                 return false;
@@ -198,24 +248,48 @@ private:
         return taken;
     }
 
-    bool read_digits(const Field& field, size_t length, int base, uint32_t* number) {
+    bool read_digits(const Field& field, size_t length, uint32_t base, uint32_t* number) {
         const auto digits = take(field, length);
         if (!digits) {
             return false;
         }
-        *number = 0;
+        uint32_t value = 0;
         for (const char c : *digits) {
-            const int digit = digit_of(c);
-            if (digit < 0 || digit >= base) {
+            const uint32_t digit = digit_of(c);
+            if (digit >= base) {
                 return fail(field, quoted(*digits) + " is no number");
             }
-            *number = *number * static_cast<uint32_t>(base) + static_cast<uint32_t>(digit);
+            value = value * base + digit;
         }
+        *number = value;
         return true;
     }
 
+    /// All at once, if they are there and good; else none.
+    void take_hex_bytes(size_t count, std::string* bytes) {
+        if (left() / 2 < count) {
+            return;
+        }
+        bytes->resize(count);
+        uint8_t wrong = 0;
+        const char* digits = text_.data() + at_;
+        for (char& byte : *bytes) {
+            const uint8_t high = digit_of(*digits++);
+            const uint8_t low = digit_of(*digits++);
+            wrong |= high | low;
+            byte = static_cast<char>(high << 4U | low);
+        }
+        if (wrong >= 16) {
+            bytes->clear();
+        } else {
+            at_ += 2 * count;
+        }
+    }
+
     bool read_hex_bytes(const Field& field, size_t count, std::string* bytes) {
-        for (size_t i = 0; i < count; ++i) {
+        take_hex_bytes(count, bytes);
+        // What is wrong with them is told of the first that is.
+        while (bytes->size() < count) {
             uint32_t byte = 0;
             if (!read_digits(field, 2, 16, &byte)) {
                 return false;
@@ -485,39 +559,47 @@ std::string escape(std::string_view bytes) {
 
 bool unescape(std::string_view escaped, std::string* bytes) {
     bytes->clear();
-    for (size_t i = 0; i < escaped.size(); ++i) {
-        if (escaped[i] != kEscape) {
-            *bytes += escaped[i];
-            continue;
+    for (;;) {
+        const std::string_view plain = escaped.substr(0, escaped.find(kEscape));
+        *bytes += plain;
+        escaped.remove_prefix(plain.size());
+        if (escaped.empty()) {
+            return true;
         }
-        ++i;
-        const auto byte = i < escaped.size() ? unescaped(escaped[i]) : std::nullopt;
+        const auto byte = escaped.size() > 1 ? unescaped(escaped[1]) : std::nullopt;
         if (!byte) {
             return false;
         }
         *bytes += *byte;
+        escaped.remove_prefix(2);
     }
-    return true;
 }
 
 Decoded decode(Direction direction, std::string_view text) {
     Decoded decoded;
-    decoded.found = find(direction, text);
-    if (!decoded.found) {
-        decoded.problem = "unknown tag";
-        return decoded;
+    decode(direction, find(direction, text), text, &decoded);
+    return decoded;
+}
+
+void decode(Direction direction, const Found& found, std::string_view text, Decoded* decoded) {
+    decoded->found = found;
+    decoded->surplus = {};
+    decoded->problem.clear();
+    if (!decoded->found) {
+        decoded->values.clear();
+        decoded->problem = "unknown tag";
+        return;
     }
-    const Message& message = *decoded.found.message;
+    const Message& message = *decoded->found.message;
     const std::string_view fields = text.substr(message.tag.size());
     Reader reader(fields);
-    if (!reader.read(message.fields, &decoded.values, nullptr)) {
+    if (!reader.read(message.fields, &decoded->values, nullptr)) {
         const bool enough = direction == Direction::Event && reader.only_ended() &&
                             fields.size() >= message.minimum && message.minimum > 0;
-        decoded.problem = enough ? "" : reader.problem();
+        decoded->problem = enough ? "" : reader.problem();
     } else {
-        decoded.surplus = reader.rest();
+        decoded->surplus = reader.rest();
     }
-    return decoded;
 }
 
 std::string encode(const Message& message, const std::vector<Value>& values) {

@@ -41,6 +41,10 @@ struct Decoded {
 /// an event whose last fields are missing, so is this: they are left out.
 Decoded decode(Direction direction, std::string_view text);
 
+/// The same when find() has already been asked, and into what was decoded before: its memory is used
+/// again.
+void decode(Direction direction, const Found& found, std::string_view text, Decoded* decoded);
+
 /// The reverse, tag and fields. The length of a block is taken from what is in it; other counts are
 /// values like any other. Values that do not fit their field are cut to its width.
 std::string encode(const Message& message, const std::vector<Value>& values);
@@ -57,6 +61,10 @@ std::string to_text(const Value& value);
 
 /// "name=value name=value ..."
 std::string to_text(const std::vector<Value>& values);
+
+/// The same at the end of a text.
+void append_text(std::string* text, const Value& value);
+void append_text(std::string* text, const std::vector<Value>& values);
 
 } // namespace protocol
 

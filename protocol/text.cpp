@@ -3,27 +3,26 @@
 
 // Values as a person reads them.
 
+#include "append.h"
 #include "codec.h"
+
+#include <algorithm>
 
 namespace protocol {
 namespace {
 
-void append_hex(std::string* text, char byte) {
-    const auto value = static_cast<unsigned char>(byte);
-    *text += "0123456789ABCDEF"[value >> 4U];
-    *text += "0123456789ABCDEF"[value & 0xFU];
-}
-
 /// Most significant byte first.
-std::string address_text(const std::string& bytes) {
-    std::string text;
-    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte) {
-        if (!text.empty()) {
-            text += ':';
-        }
-        append_hex(&text, *byte);
+void append_address(std::string* text, std::string_view bytes) {
+    if (bytes.empty()) {
+        return;
     }
-    return text;
+    char* at = grow(text, 3 * bytes.size() - 1);
+    for (size_t i = bytes.size(); i > 0; --i) {
+        at = put_hex(at, bytes[i - 1]);
+        if (i > 1) {
+            *at++ = ':';
+        }
+    }
 }
 
 /// What follows the first four bytes of the Bluetooth Base UUID (Assigned Numbers).
@@ -31,100 +30,142 @@ constexpr std::string_view kBaseUuid("\x00\x00\x10\x00\x80\x00\x00\x80\x5F\x9B\x
 constexpr size_t kShortUuid = 4;
 
 /// A UUID that the Base UUID completes is written as its 16 or 32 bits.
-std::string uuid_text(const std::string& bytes) {
+void append_uuid(std::string* text, std::string_view bytes) {
     const bool is_short = bytes.size() > kShortUuid && bytes.substr(kShortUuid) == kBaseUuid;
-    const bool is_16bit = is_short && bytes[0] == '\0' && bytes[1] == '\0';
-    std::string text;
-    for (size_t i = is_16bit ? 2 : 0; i < (is_short ? kShortUuid : bytes.size()); ++i) {
-        if (!is_short && (i == 4 || i == 6 || i == 8 || i == 10)) {
-            text += '-';
-        }
-        append_hex(&text, bytes[i]);
+    if (is_short) {
+        const bool is_16bit = bytes[0] == '\0' && bytes[1] == '\0';
+        append_hex(text, bytes.substr(0, kShortUuid).substr(is_16bit ? 2 : 0));
+        return;
     }
-    return text;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            *text += '-';
+        }
+        append_hex(text, bytes.substr(i, 1));
+    }
 }
 
-std::string quoted(const std::string& bytes) {
-    std::string text = "\"";
+bool is_plain(char byte) {
+    // UTF-8 stays as it is.
+    return static_cast<unsigned char>(byte) >= 0x20 && byte != 0x7F && byte != '"' && byte != '\\';
+}
+
+void append_quoted(std::string* text, std::string_view bytes) {
+    *text += '"';
+    while (!bytes.empty()) {
+        const auto special = std::find_if_not(bytes.begin(), bytes.end(), is_plain);
+        const auto plain = static_cast<size_t>(special - bytes.begin());
+        *text += bytes.substr(0, plain);
+        bytes.remove_prefix(plain);
+        if (!bytes.empty()) {
+            const char byte = bytes.front();
+            *text += '\\';
+            if (byte == '"' || byte == '\\') {
+                *text += byte;
+            } else {
+                *text += 'x';
+                append_hex(text, bytes.substr(0, 1));
+            }
+            bytes.remove_prefix(1);
+        }
+    }
+    *text += '"';
+}
+
+void append_bytes(std::string* text, std::string_view bytes) {
+    if (bytes.empty()) {
+        *text += "<>";
+        return;
+    }
+    char* at = grow(text, 3 * bytes.size() + 1);
+    char before = '<';
     for (const char byte : bytes) {
-        if (byte == '"' || byte == '\\') {
-            text += '\\';
-        }
-        // UTF-8 stays as it is.
-        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F) {
-            text += "\\x";
-            append_hex(&text, byte);
-        } else {
-            text += byte;
-        }
+        *at++ = before;
+        at = put_hex(at, byte);
+        before = ' ';
     }
-    return text + '"';
+    *at = '>';
 }
 
-std::string bytes_text(const std::string& bytes) {
-    std::string text = "<";
-    for (const char byte : bytes) {
-        if (text.size() > 1) {
-            text += ' ';
-        }
-        append_hex(&text, byte);
-    }
-    return text + '>';
-}
-
-std::string list_text(const std::vector<Value>& members) {
-    std::string text = "[";
+void append_list(std::string* text, const std::vector<Value>& members) {
+    *text += '[';
+    bool first = true;
     for (const Value& member : members) {
-        text += (text.size() > 1 ? ", " : "") + to_text(member);
+        *text += first ? "" : ", ";
+        append_text(text, member);
+        first = false;
     }
-    return text + ']';
+    *text += ']';
 }
 
 } // namespace
 
-std::string to_text(const Value& value) {
+void append_text(std::string* text, const Value& value) {
     if (value.is_list) {
-        return list_text(value.members);
+        append_list(text, value.members);
+        return;
     }
     if (!value.members.empty()) {
-        return '{' + to_text(value.members) + '}';
+        *text += '{';
+        append_text(text, value.members);
+        *text += '}';
+        return;
     }
     switch (value.field->type) {
     case Type::Address:
     case Type::RawAddress:
     case Type::BigAddress:
-        return address_text(value.bytes);
+        append_address(text, value.bytes);
+        break;
     case Type::UuidFirst:
     case Type::UuidLast:
     case Type::RawUuid:
-        return uuid_text(value.bytes);
+        append_uuid(text, value.bytes);
+        break;
     case Type::Text:
     case Type::Counted:
     case Type::Character:
     case Type::FixedText:
     case Type::RestText:
     case Type::NulText:
-        return quoted(value.bytes);
+        append_quoted(text, value.bytes);
+        break;
     case Type::Oob:
     case Type::HexBytes:
     case Type::Block:
     case Type::ShortBlock:
     case Type::Bytes:
     case Type::SizedBytes:
-        return bytes_text(value.bytes);
+        append_bytes(text, value.bytes);
+        break;
     case Type::Group:
     case Type::Choice:
-        return "{}";
+        *text += "{}";
+        break;
     default:
-        return std::to_string(value.number);
+        append_number(text, value.number);
+        break;
     }
+}
+
+void append_text(std::string* text, const std::vector<Value>& values) {
+    bool first = true;
+    for (const Value& value : values) {
+        append_all(text, first ? "" : " ", value.field->name, "=");
+        append_text(text, value);
+        first = false;
+    }
+}
+
+std::string to_text(const Value& value) {
+    std::string text;
+    append_text(&text, value);
+    return text;
 }
 
 std::string to_text(const std::vector<Value>& values) {
     std::string text;
-    for (const Value& value : values) {
-        text += (text.empty() ? "" : " ") + std::string(value.field->name) + '=' + to_text(value);
-    }
+    append_text(&text, values);
     return text;
 }
 

@@ -24,27 +24,31 @@ std::string_view body_of(const capture::Text& text) {
 
 } // namespace
 
-Item::Item(const capture::Text& text) : text_(text), body_(body_of(text)) {
-    if (!text.is_command || is_started(text)) {
-        found_ = protocol::find(direction(), body_);
-    }
+void Item::set(const capture::Text& text) {
+    text_ = text;
+    body_ = body_of(text);
+    found_ =
+        !text.is_command || is_started(text) ? protocol::find(direction(), body_) : protocol::Found();
+    is_decoded_ = false;
 }
 
 const protocol::Decoded& Item::decoded() const {
-    if (!decoded_) {
-        decoded_.emplace();
+    if (!is_decoded_) {
+        is_decoded_ = true;
         if (found_) {
-            *decoded_ = protocol::decode(direction(), body_);
+            protocol::decode(direction(), found_, body_, &decoded_);
         } else {
-            decoded_->problem =
+            decoded_ = {};
+            decoded_.problem =
                 text_.is_command && !is_started(text_) ? "does not begin with AT#" : "unknown tag";
         }
     }
-    return *decoded_;
+    return decoded_;
 }
 
-std::string Item::problem() const {
-    return decoded().problem.empty() && !text_.whole ? "has no end" : decoded().problem;
+std::string_view Item::problem() const {
+    const std::string_view problem = decoded().problem;
+    return problem.empty() && !text_.whole ? "has no end" : problem;
 }
 
 } // namespace trace

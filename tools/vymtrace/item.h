@@ -8,15 +8,17 @@
 #include "capture/texts.h"
 #include "protocol/codec.h"
 
-#include <optional>
-#include <string>
 #include <string_view>
 
 namespace trace {
 
 class Item {
 public:
-    explicit Item(const capture::Text& text);
+    Item() = default;
+    explicit Item(const capture::Text& text) { set(text); }
+
+    /// The next one: who goes through a long capture uses one item, and its memory, for all.
+    void set(const capture::Text& text);
 
     const capture::Text& text() const { return text_; }
     protocol::Direction direction() const {
@@ -29,13 +31,14 @@ public:
     /// Looked at when it is first asked for: most of a large capture is only counted or passed over.
     const protocol::Decoded& decoded() const;
     /// What is wrong with it, in one line; empty when nothing is.
-    std::string problem() const;
+    std::string_view problem() const;
 
 private:
     capture::Text text_;
     std::string_view body_;
     protocol::Found found_;
-    mutable std::optional<protocol::Decoded> decoded_;
+    mutable protocol::Decoded decoded_;
+    mutable bool is_decoded_ = false;
 };
 
 /// What is done with the items.

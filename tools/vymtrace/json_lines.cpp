@@ -4,22 +4,19 @@
 #include "json_lines.h"
 
 #include "json_text.h"
+#include "protocol/append.h"
 
 namespace trace {
 namespace {
 
 void append_member(std::string* json, std::string_view name, std::string_view text) {
-    *json += ",\"";
-    *json += name;
-    *json += "\":";
+    protocol::append_all(json, ",\"", name, "\":");
     append_json_string(json, text);
 }
 
 void append_number(std::string* json, std::string_view name, uint64_t number) {
-    *json += ",\"";
-    *json += name;
-    *json += "\":";
-    *json += std::to_string(number);
+    protocol::append_all(json, ",\"", name, "\":");
+    protocol::append_number(json, number);
 }
 
 } // namespace
@@ -30,22 +27,22 @@ void append_json(std::string* json, const Item& item, TimeWriter* times) {
     *json += "Z\"";
     append_number(json, "record", item.text().record);
     append_number(json, "offset", item.text().offset);
-    append_member(json, "direction", item.text().is_command ? "command" : "event");
+    protocol::append_all(json, ",\"direction\":\"", item.text().is_command ? "command" : "event");
     if (const protocol::Found& found = item.found()) {
-        append_member(json, "profile", found.profile->name);
-        append_member(json, "name", found.message->name);
-        append_member(json, "tag", found.message->tag);
-        *json += ",\"fields\":";
+        // What the protocol's description names needs no escapes.
+        protocol::append_all(json, "\",\"profile\":\"", found.profile->name, "\",\"name\":\"",
+                             found.message->name, "\",\"tag\":\"", found.message->tag,
+                             "\",\"fields\":");
         append_json(json, item.decoded().values);
     } else {
+        *json += '"';
         append_member(json, "text", item.body());
     }
     if (!item.decoded().surplus.empty()) {
         append_member(json, "surplus", item.decoded().surplus);
     }
-    const std::string problem = item.problem();
-    if (!problem.empty()) {
-        append_member(json, "problem", problem);
+    if (!item.problem().empty()) {
+        append_member(json, "problem", item.problem());
     }
     *json += '}';
 }

@@ -3,6 +3,8 @@
 
 #include "json_text.h"
 
+#include "protocol/append.h"
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
@@ -13,23 +15,20 @@ bool is_plain(char c) {
     return c >= 0x20 && c < 0x7F && c != '"' && c != '\\';
 }
 
-void append_hex(std::string* json, const std::string& bytes) {
-    *json += '"';
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        *json += "0123456789ABCDEF"[byte >> 4U];
-        *json += "0123456789ABCDEF"[byte & 0xFU];
+void append_hex(std::string* json, std::string_view bytes) {
+    char* at = protocol::grow(json, 2 * bytes.size() + 2);
+    *at++ = '"';
+    for (const char byte : bytes) {
+        at = protocol::put_hex(at, byte);
     }
-    *json += '"';
+    *at = '"';
 }
 
 } // namespace
 
 void append_json_string(std::string* json, std::string_view text) {
     if (std::all_of(text.begin(), text.end(), is_plain)) {
-        *json += '"';
-        *json += text;
-        *json += '"';
+        protocol::append_all(json, "\"", text, "\"");
     } else {
         using Json = nlohmann::json;
         *json += Json(std::string(text)).dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -80,20 +79,22 @@ void append_json(std::string* json, const protocol::Value& value) {
         append_json_string(json, value.bytes);
         break;
     default: {
-        const std::string text = to_text(value);
-        const bool is_number = value.bytes.empty();
-        *json += is_number ? text : '"' + text + '"';
+        const std::string_view quote = value.bytes.empty() ? "" : "\"";
+        *json += quote;
+        append_text(json, value);
+        *json += quote;
     }
     }
 }
 
 void append_json(std::string* json, const std::vector<protocol::Value>& values) {
     *json += '{';
+    std::string_view between = "\"";
     for (const protocol::Value& value : values) {
-        *json += json->back() == '{' ? "" : ",";
-        append_json_string(json, value.field->name);
-        *json += ':';
+        // What the protocol's description names needs no escapes.
+        protocol::append_all(json, between, value.field->name, "\":");
         append_json(json, value);
+        between = ",\"";
     }
     *json += '}';
 }

@@ -3,6 +3,9 @@
 
 #include "lines.h"
 
+#include "protocol/append.h"
+
+#include <charconv>
 #include <string>
 
 namespace trace {
@@ -48,9 +51,8 @@ private:
 };
 
 std::string remark(const Item& item) {
-    std::string problem = item.problem();
-    if (!problem.empty()) {
-        return problem;
+    if (!item.problem().empty()) {
+        return std::string(item.problem());
     }
     const std::string_view surplus = item.decoded().surplus;
     return surplus.empty() ? "" : "surplus " + in_quotes(surplus);
@@ -73,7 +75,9 @@ void Lines::take(const Item& item) {
     {
         const Coloured dim(&line, kDim, colour);
         times_.append(&line, item.text().time_us);
-        append_right(&line, std::to_string(item.text().record), kNumberWidth);
+        char number[24];
+        const char* end = std::to_chars(number, number + sizeof(number), item.text().record).ptr;
+        append_right(&line, {number, static_cast<size_t>(end - number)}, kNumberWidth);
     }
     line += item.text().is_command ? " > " : " < ";
     const protocol::Found& found = item.found();
@@ -87,10 +91,8 @@ void Lines::take(const Item& item) {
         line += in_quotes(item.body());
     }
     for (const protocol::Value& value : item.decoded().values) {
-        line += ' ';
-        line += value.field->name;
-        line += '=';
-        line += to_text(value);
+        protocol::append_all(&line, " ", value.field->name, "=");
+        append_text(&line, value);
     }
     const std::string wrong = remark(item);
     if (!wrong.empty()) {

@@ -150,7 +150,7 @@ void TimeWriter::append(std::string* text, int64_t time_us) {
     for (size_t i = 6; rest > 0; --i, rest /= 10) {
         fraction[i] = static_cast<char>('0' + rest % 10);
     }
-    *text += fraction;
+    text->append(fraction, sizeof(fraction) - 1);
 }
 
 std::optional<TimeLimit> parse_time(const std::string& text, bool utc) {

@@ -87,9 +87,9 @@ private:
 
     void take(const capture::Text& text) {
         if (filter_.may_want(text)) {
-            const Item item(text);
-            if (filter_.wants(item)) {
-                consumer_.take(item);
+            item_.set(text);
+            if (filter_.wants(item_)) {
+                consumer_.take(item_);
             }
         }
     }
@@ -102,6 +102,7 @@ private:
     capture::InputFile file_;
     std::unique_ptr<capture::TextReader> reader_ = std::make_unique<capture::TextReader>();
     uint64_t bytes_ = 0;
+    Item item_;
 };
 
 } // namespace
