@@ -108,6 +108,29 @@ unsigned char escape_of(unsigned char byte) {
     }
 }
 
+// Whether a word's bytes all stand for themselves.
+bool is_plain(const unsigned char* bytes) {
+    constexpr size_t kEach = ~size_t{0} / 0xFF; // 1 in each byte
+    size_t word = 0;
+    memcpy(&word, bytes, sizeof word);
+    const size_t other = word ^ kEach * kEscape;
+    // The upper bit of each byte that is less than 0x0E, and of each that is kEscape.
+    const size_t found = ((word - kEach * 0x0E) & ~word) | ((other - kEach) & ~other);
+    return (found & kEach * 0x80) == 0;
+}
+
+// How much of the beginning has certainly no byte to be escaped, looked at a word at a time: text has
+// none anywhere.
+size_t plain_beginning(const unsigned char* bytes, size_t len) {
+    size_t at = 0;
+    while (len - at >= sizeof(size_t) && is_plain(bytes + at)) {
+        at += sizeof(size_t);
+    }
+    // The last word may begin in the one before.
+    const bool near_end = at > 0 && len - at < sizeof(size_t);
+    return near_end && is_plain(bytes + len - sizeof(size_t)) ? len : at;
+}
+
 // The next escape from `from` on, or `len`.
 int next_escape(const unsigned char* bytes, int from, int len) {
     if (from >= len) {
@@ -236,14 +259,19 @@ size_t vym_escaped_length(const unsigned char* raw_bytes, size_t raw_len) {
         return 0;
     }
     size_t length = raw_len;
-    for (size_t i = 0; i < raw_len; ++i) {
+    for (size_t i = plain_beginning(raw_bytes, raw_len); i < raw_len; ++i) {
         length += escape_of(raw_bytes[i]) != 0 ? 1u : 0u;
     }
     return length;
 }
 
 unsigned char* vym_escape(const unsigned char* raw_bytes, size_t raw_len, unsigned char* out) {
-    for (size_t i = 0; i < raw_len; ++i) {
+    const size_t plain = plain_beginning(raw_bytes, raw_len);
+    if (plain > 0) {
+        memcpy(out, raw_bytes, plain);
+    }
+    out += plain;
+    for (size_t i = plain; i < raw_len; ++i) {
         const unsigned char byte = raw_bytes[i];
         const unsigned char second = escape_of(byte);
         if (second != 0) {
@@ -403,19 +431,19 @@ char* get_current_time_string(void) {
 }
 
 char* vym_put_number(char* at, unsigned number, int width, char fill) {
-    char digits[10];
-    int count = 0;
-    do {
-        digits[count++] = static_cast<char>('0' + number % 10);
-        number /= 10;
-    } while (number != 0);
-    for (int i = count; i < width; ++i) {
+    int length = 1;
+    for (unsigned rest = number; rest >= 10; rest /= 10) {
+        ++length;
+    }
+    for (; width > length; --width) {
         *at++ = fill;
     }
-    while (count > 0) {
-        *at++ = digits[--count];
-    }
-    return at;
+    char* digit = at + length;
+    do {
+        *--digit = static_cast<char>('0' + number % 10);
+        number /= 10;
+    } while (digit != at);
+    return at + length;
 }
 
 } // extern "C"

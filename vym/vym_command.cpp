@@ -52,9 +52,8 @@ bt_status_t measure(const vym::field& field, size_t* length) {
 constexpr char kDigits[] = "0123456789ABCDEF";
 
 char* put_hex(char* out, uint32_t value, size_t digits) {
-    for (size_t i = 0; i < digits; ++i) {
-        out[digits - 1 - i] = kDigits[value & 0xF];
-        value >>= 4;
+    for (char* at = out + digits; at != out; value >>= 4) {
+        *--at = kDigits[value & 0xF];
     }
     return out + digits;
 }
@@ -76,10 +75,14 @@ char* put_block(char* out, const uint8_t* data, size_t len) {
     return put_hex(out, static_cast<uint32_t>(escaped), kCountDigits) + escaped;
 }
 
-char* put_text(char* out, const char* text) {
-    const size_t length = strlen(text);
+char* put_text(char* out, const char* text, size_t length) {
     memcpy(out, text, length);
     return out + length;
+}
+
+template <size_t Size>
+char* put_literal(char* out, const char (&text)[Size]) {
+    return put_text(out, text, Size - 1);
 }
 
 char* put_field(char* out, const vym::field& field) {
@@ -93,17 +96,17 @@ char* put_field(char* out, const vym::field& field) {
     case vym::field_kind::block:
         return put_block(out, static_cast<const uint8_t*>(field.data), field.len);
     case vym::field_kind::text:
-        return put_text(out, static_cast<const char*>(field.data));
+        return put_text(out, static_cast<const char*>(field.data),
+                        strlen(static_cast<const char*>(field.data)));
     }
     return out;
 }
 
-} // namespace
-
-extern "C" {
-
-char* vym_command_build(const char* tag, const vym::field* fields, size_t count, bt_status_t* status) {
-    size_t length = strlen(kPrefix) + strlen(tag) + strlen(kLineEnd);
+// As vym_command_build(), and tells how long the command is.
+char* build(const char* tag, const vym::field* fields, size_t count, bt_status_t* status,
+            size_t* command_length) {
+    const size_t tag_length = strlen(tag);
+    size_t length = strlen(kPrefix) + tag_length + strlen(kLineEnd);
     for (size_t i = 0; i < count; ++i) {
         size_t field_length = 0;
         *status = measure(fields[i], &field_length);
@@ -117,22 +120,33 @@ char* vym_command_build(const char* tag, const vym::field* fields, size_t count,
         *status = BT_STATUS_NOMEM;
         return nullptr;
     }
-    char* out = put_text(put_text(command, kPrefix), tag);
+    char* out = put_text(put_literal(command, kPrefix), tag, tag_length);
     for (size_t i = 0; i < count; ++i) {
         out = put_field(out, fields[i]);
     }
-    out = put_text(out, kLineEnd);
+    out = put_literal(out, kLineEnd);
     assert(out == command + length);
     *out = '\0';
     *status = BT_STATUS_SUCCESS;
+    *command_length = length;
     return command;
+}
+
+} // namespace
+
+extern "C" {
+
+char* vym_command_build(const char* tag, const vym::field* fields, size_t count, bt_status_t* status) {
+    size_t length = 0;
+    return build(tag, fields, count, status, &length);
 }
 
 bt_status_t vym_command_send(const char* tag, const vym::field* fields, size_t count) {
     bt_status_t status = BT_STATUS_SUCCESS;
-    const vym::malloc_ptr<char> command(vym_command_build(tag, fields, count, &status));
+    size_t length = 0;
+    const vym::malloc_ptr<char> command(build(tag, fields, count, &status, &length));
     if (command != nullptr) {
-        send_at_command(command.get(), static_cast<int>(strlen(command.get())));
+        send_at_command(command.get(), static_cast<int>(length));
     }
     return status;
 }
