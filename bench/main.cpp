@@ -5,6 +5,7 @@
 // prints one table.
 
 #include "measure.h"
+#include "reading.h"
 #include "results.h"
 
 #include <CLI/CLI.hpp>
@@ -23,12 +24,15 @@ using bench::Run;
 // A slice shows that all of it works; its figures are worth nothing.
 constexpr long kQuickPart = 40;
 constexpr long kQuickLeast = 20;
+/// Of a capture that is read.
+constexpr long kMegabytes = 400;
 
 struct Options {
     int rounds = 5;
     bool quick = false;
     bool count = true;
     std::string json;
+    std::string vymtrace;
     std::string directory = "/tmp";
     std::vector<std::string> workloads;
     std::vector<std::string> sizes;
@@ -40,6 +44,8 @@ void parse(CLI::App* app, Options* options) {
     app->add_option("--json", options->json, "Write the results to this file, too");
     app->add_option("--directory", options->directory, "Where sockets and captures are made")
         ->check(CLI::ExistingDirectory);
+    app->add_option("--vymtrace", options->vymtrace, "Measure this vymtrace, too")
+        ->check(CLI::ExistingFile);
     app->add_option("--only", options->workloads, "Only these workloads");
     app->add_option("--size", options->sizes, "LABEL=FILE: show this library's size, too");
     app->add_flag("--quick", options->quick, "One short round that only shows that everything works");
@@ -89,6 +95,28 @@ void count(const Bench& bench, Results* results) {
     }
 }
 
+/// False when a run has failed.
+bool measure_readings(const Options& options, const Bench& bench, Results* results) {
+    if (options.vymtrace.empty() || !options.workloads.empty()) {
+        return true;
+    }
+    bool good = true;
+    results->readings = bench::readings();
+    const int rounds = options.quick ? 1 : options.rounds;
+    for (int round = 0; round < rounds; ++round) {
+        for (bench::Reading& reading : results->readings) {
+            progress("round " + std::to_string(round + 1) + " of " + std::to_string(rounds) + ": " +
+                     reading.label);
+            if (!bench::measure(options.vymtrace, bench.processor(),
+                                options.quick ? kMegabytes / kQuickPart : kMegabytes, &reading)) {
+                std::fprintf(stderr, "\nvym_bench: no result of %s\n", reading.label.c_str());
+                good = false;
+            }
+        }
+    }
+    return good;
+}
+
 void add_sizes(const Options& options, Results* results) {
     for (const std::string& size : options.sizes) {
         const size_t equals = size.find('=');
@@ -120,7 +148,8 @@ int run(const Options& options) {
             results.rows.push_back(row);
         }
     }
-    const bool good = measure(options, bench, &results);
+    bool good = measure(options, bench, &results);
+    good &= measure_readings(options, bench, &results);
     if (options.count && !options.quick) {
         count(bench, &results);
     }

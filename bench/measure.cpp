@@ -128,20 +128,15 @@ std::optional<Cost> Bench::measure(const Run& run, long count) const {
     return cost;
 }
 
-std::optional<double> Bench::instructions(const Run& run) const {
-    if (!has_valgrind_) {
-        return std::nullopt;
-    }
+std::optional<double>
+Bench::difference(const Run& run, const std::vector<std::string>& under,
+                  const std::function<double(const std::string& log)>& counted) const {
     const TempDirectory logs(directory_);
-    const std::string log = logs.path() + "/callgrind";
+    const std::string log = logs.path() + "/log";
+    std::vector<std::string> command = under;
+    command.back() += log;
     const auto count = [&](long messages) {
-        if (run_client(
-                run, messages,
-                {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", "--log-file=" + log})
-                .empty()) {
-            return -1.0;
-        }
-        return number_behind(file_text(log), "Collected : ");
+        return run_client(run, messages, command).empty() ? -1 : counted(file_text(log));
     };
     const Lengths lengths = lengths_of(run);
     const double few = count(lengths.shorter);
@@ -152,25 +147,20 @@ std::optional<double> Bench::instructions(const Run& run) const {
     return (many - few) / static_cast<double>(lengths.longer - lengths.shorter);
 }
 
+std::optional<double> Bench::instructions(const Run& run) const {
+    if (!has_valgrind_) {
+        return std::nullopt;
+    }
+    return difference(run,
+                      {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", "--log-file="},
+                      [](const std::string& log) { return number_behind(log, "Collected : "); });
+}
+
 std::optional<double> Bench::system_calls(const Run& run) const {
     if (!has_strace_) {
         return std::nullopt;
     }
-    const TempDirectory logs(directory_);
-    const std::string log = logs.path() + "/strace";
-    const auto count = [&](long messages) {
-        if (run_client(run, messages, {"strace", "-f", "-c", "-o", log}).empty()) {
-            return -1.0;
-        }
-        return total_of(file_text(log));
-    };
-    const Lengths lengths = lengths_of(run);
-    const double few = count(lengths.shorter);
-    const double many = count(lengths.longer);
-    if (few < 0 || many < 0) {
-        return std::nullopt;
-    }
-    return (many - few) / static_cast<double>(lengths.longer - lengths.shorter);
+    return difference(run, {"strace", "-f", "-c", "--output="}, total_of);
 }
 
 } // namespace bench

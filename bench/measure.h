@@ -7,6 +7,7 @@
 
 #include "plan.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,7 +40,14 @@ public:
     /// Counted by strace; nothing without it.
     [[nodiscard]] std::optional<double> system_calls(const Run& run) const;
 
+    [[nodiscard]] int processor() const { return processor_; }
+
 private:
+    /// For each message, from two runs of different length. The last word of `under` is followed by the
+    /// name of the log; `counted` finds the figure in its text, -1 when it is not there.
+    [[nodiscard]] std::optional<double>
+    difference(const Run& run, const std::vector<std::string>& under,
+               const std::function<double(const std::string& log)>& counted) const;
     [[nodiscard]] std::string run_client(const Run& run, long count,
                                          const std::vector<std::string>& under) const;
 

@@ -18,6 +18,8 @@ namespace {
 
 constexpr double kArmTextAndData = 48 * 1024;
 constexpr double kArmBss = 16 * 1024;
+// 200 MB/s.
+constexpr double kNsOfByte = 5;
 constexpr char kArmLabel[] = "libvym.so, armhf";
 
 // Columns are what printf is good at; the compiler checks them.
@@ -141,6 +143,9 @@ void judge(Results* results) {
     }
     judge_allocations(results);
     judge_growth(results);
+    for (const Reading& reading : results->readings) {
+        add(results, reading.label + ": CPU ns for a byte of capture", reading.median_ns(), kNsOfByte);
+    }
     judge_sizes(results);
 }
 
@@ -159,6 +164,13 @@ std::string table(const Results& results) {
         }
         text += line_of(row, floor_cpu);
     }
+    if (!results.readings.empty()) {
+        text += "Reading a capture from a pipe, on one processor          MB/s     KiB\n";
+    }
+    for (const Reading& reading : results.readings) {
+        text += format("  %-50s %9.0f %7.0f\n", reading.label.c_str(), 1e3 / reading.median_ns(),
+                       reading.resident_kib);
+    }
     text += "Sizes in bytes                        text      data       bss\n";
     for (const Size& size : results.sizes) {
         text +=
@@ -175,6 +187,7 @@ std::string table(const Results& results) {
 
 nlohmann::json to_json(const Results& results) {
     nlohmann::json json = {{"rows", nlohmann::json::array()},
+                           {"readings", nlohmann::json::array()},
                            {"sizes", nlohmann::json::array()},
                            {"goals", nlohmann::json::array()}};
     for (const Row& row : results.rows) {
@@ -194,6 +207,12 @@ nlohmann::json to_json(const Results& results) {
         one["instructions"] = row.instructions ? nlohmann::json(*row.instructions) : nlohmann::json();
         one["system_calls"] = row.system_calls ? nlohmann::json(*row.system_calls) : nlohmann::json();
         json["rows"].push_back(one);
+    }
+    for (const Reading& reading : results.readings) {
+        json["readings"].push_back({{"candidate", reading.label},
+                                    {"cpu_ns_of_byte", reading.median_ns()},
+                                    {"cpu_ns_of_byte_of_rounds", reading.ns_of_rounds},
+                                    {"resident_kib", reading.resident_kib}});
     }
     for (const Size& size : results.sizes) {
         json["sizes"].push_back(

@@ -7,6 +7,7 @@
 
 #include "measure.h"
 #include "plan.h"
+#include "reading.h"
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -46,6 +47,7 @@ struct Verdict {
 
 struct Results {
     std::vector<Row> rows;
+    std::vector<Reading> readings;
     std::vector<Size> sizes;
     std::vector<Verdict> verdicts;
 };

@@ -6,6 +6,7 @@
 #include "candidate.h"
 #include "meter.h"
 #include "sockets.h"
+#include "wayland_arrays.h"
 #include "workload.h"
 
 #include "gatt-client-protocol.h"
@@ -75,11 +76,6 @@ void flush(wl_display* display) {
         pollfd room = {wl_display_get_fd(display), POLLOUT, 0};
         poll(&room, 1, -1);
     }
-}
-
-template <size_t Size>
-wl_array array_of(std::array<uint8_t, Size>* bytes) {
-    return {bytes->size(), bytes->size(), bytes->data()};
 }
 
 void write_value(const Client& client) {

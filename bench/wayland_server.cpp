@@ -5,6 +5,7 @@
 
 #include "candidate.h"
 #include "sockets.h"
+#include "wayland_arrays.h"
 #include "workload.h"
 
 #include "gatt-server-protocol.h"
@@ -47,11 +48,6 @@ constexpr struct bench_gatt_interface kGatt = {on_start, on_write, on_get_name};
 void on_bind(wl_client* client, void* /*data*/, uint32_t version, uint32_t id) {
     s_server.gatt = wl_resource_create(client, &bench_gatt_interface, static_cast<int>(version), id);
     wl_resource_set_implementation(s_server.gatt, &kGatt, nullptr, nullptr);
-}
-
-template <size_t Size>
-wl_array array_of(std::array<uint8_t, Size>* bytes) {
-    return {bytes->size(), bytes->size(), bytes->data()};
 }
 
 void notify() {

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 The vym authors
+
+// How fast a capture is read by vymtrace.
+#ifndef VYM_BENCH_READING_H
+#define VYM_BENCH_READING_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// One view of vymtrace.
+struct Reading {
+    std::string label;
+    /// What selects the view; empty for text.
+    std::string option;
+    /// CPU time for each byte of the capture, one of each round.
+    std::vector<double> ns_of_rounds;
+    double resident_kib = 0;
+
+    [[nodiscard]] double median_ns() const;
+};
+
+std::vector<Reading> readings();
+
+/// Writes a capture of notifications to the program's standard input, and adds what it used. False when
+/// it failed.
+bool measure(const std::string& program, int processor, long megabytes, Reading* reading);
+
+} // namespace bench
+
+#endif
