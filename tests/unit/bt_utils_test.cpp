@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <map>
 #include <memory>
 #include <thread>
 
@@ -254,6 +255,32 @@ TEST(BtUtilsEscape, FourBytesAreEscapedAndAllOthersStandForThemselves) {
         EXPECT_EQ(room[length], 0x55) << "something was written behind the text";
         EXPECT_EQ(vym_escaped_length(Unsigned(raw), static_cast<unsigned>(raw.size())),
                   one.escaped.size());
+    }
+}
+
+// Long blocks are looked at a word at a time, with a rest of any length.
+TEST(BtUtilsEscape, AByteIsEscapedWhereverItStands) {
+    const std::map<int, std::string> pairs = {{0x00, Bytes({0xDC, 0xDD})},
+                                              {0x0D, Bytes({0xDC, 0xDE})},
+                                              {0x0A, Bytes({0xDC, 0xDF})},
+                                              {0xDC, Bytes({0xDC, 0xDC})}};
+    for (size_t size = 1; size <= 25; ++size) {
+        for (size_t at = 0; at < size; ++at) {
+            for (int value = 0; value < 256; ++value) {
+                std::string raw(size, 'A');
+                raw[at] = static_cast<char>(value);
+                std::string expected = raw;
+                if (pairs.count(value) != 0) {
+                    expected.replace(at, 1, pairs.at(value));
+                }
+                std::string room(2 * size, '\x55');
+                unsigned short length = 0;
+                raw_bytes_to_str_bytes(Unsigned(raw), static_cast<unsigned short>(size),
+                                       reinterpret_cast<unsigned char*>(room.data()), &length);
+                ASSERT_TRUE(support::SameBytes(expected, room.substr(0, length)))
+                    << value << " at " << at << " of " << size;
+            }
+        }
     }
 }
 
