@@ -14,6 +14,13 @@ set(CMAKE_C_STANDARD 99)
 set(CMAKE_C_STANDARD_REQUIRED ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# Optimised builds are the same bytes wherever the tree is. Debuggers and the coverage report want its real place.
+if(NOT VYM_COVERAGE)
+    foreach(dir IN ITEMS "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}")
+        add_compile_options("$<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${dir}=.>")
+    endforeach()
+endif()
+
 # A part of the tree that a source package may leave out.
 function(vym_add_subdirectory_if_present dir)
     if(EXISTS "${PROJECT_SOURCE_DIR}/${dir}/CMakeLists.txt")

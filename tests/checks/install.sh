@@ -14,18 +14,36 @@ shift 4
 simulator=("$@")
 read -ra emulator <<< "${VYM_EMULATOR-}"
 
-"$cmake" --install "$build" --prefix "$scratch/first" > "$scratch/log"
-mv "$scratch/first" "$scratch/moved"
-prefix=$scratch/moved
-PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name vym.pc)")
-export PKG_CONFIG_PATH
+DESTDIR=$scratch/sysroot "$cmake" --install "$build" --prefix /opt/vym > "$scratch/log"
+prefix=$scratch/sysroot/opt/vym
+export PKG_CONFIG_SYSROOT_DIR=$scratch/sysroot
+PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name vym.pc)")
+export PKG_CONFIG_LIBDIR
+libdir=$(dirname "$PKG_CONFIG_LIBDIR")
+
+# A prefix that is given when it is installed, in a sysroot; pkg-config puts that before both paths.
+[[ $(pkg-config --cflags --libs vym) == "-I$prefix/include -L$libdir -lvym"* ]] ||
+    complain "in a sysroot, pkg-config says $(pkg-config --cflags --libs vym)"
+[[ $(pkg-config --libs --static vym) == *-pthread* ]] || complain 'pkg-config --static forgets the threads'
+[[ $(pkg-config --modversion vym) == 1.*.* ]] || complain "the version is $(pkg-config --modversion vym)"
+! grep -rlF "$(dirname "$build")" "$prefix" --include='*.cmake' --include='*.pc' --include='*.h' ||
+    complain 'these name the place where they were built'
+
+# What people look for; the names of the library's files and headers.
+expected=(include/vym/vym_sdk.h include/vym/vym_bluetooth.h "${libdir#"$prefix"/}"/{libvym.so,libvym.so.1,libvym.a}
+    "${libdir#"$prefix"/}/cmake/vym"/{vymConfig.cmake,vymConfigVersion.cmake,vymTargets.cmake})
+# Where programs are built, and can be asked.
+[[ ! -e $prefix/share/man ]] || expected+=(share/man/man1/vymctl.1 share/vym/vym.lua bin/{vymctl,vymtrace}
+    share/bash-completion/completions/vymctl share/zsh/vendor-completions/_vymctl)
+for file in "${expected[@]}"; do
+    [[ -e $prefix/$file ]] || complain "$file is not installed"
+done
 ! grep -r VYM_API_ONLY "$prefix/include" || complain 'an installed header has an internal section'
 
 # builds <title> <source> <compiler and options>...: with the flags that pkg-config gives.
 builds() {
-    local title=$1 source=$2 libdir flags
+    local title=$1 source=$2 flags
     shift 2
-    libdir=$(pkg-config --variable=libdir vym)
     read -ra flags <<< "$(pkg-config --cflags --libs vym)"
     "$@" -Wall -Wextra -Werror -o "$scratch/program" "$source" "${flags[@]}" "-Wl,-rpath,$libdir" ||
         { complain "$title does not build"; return 1; }
@@ -76,6 +94,9 @@ if builds 'the smallest example' "$here/../../examples/smallest.c" "$cc" -std=gn
     talks 'the smallest example' "$scratch/program"
 fi
 
+# From here on the tree is elsewhere, which CMake need not be told.
+mv "$prefix" "$scratch/moved"
+prefix=$scratch/moved
 toolchain_option=()
 [[ -z $toolchain ]] || toolchain_option=("-DCMAKE_TOOLCHAIN_FILE=$toolchain")
 if "$cmake" -S "$here/consumer" -B "$scratch/consumer" "-DCMAKE_C_COMPILER=$cc" "${toolchain_option[@]}" \
@@ -84,5 +105,14 @@ if "$cmake" -S "$here/consumer" -B "$scratch/consumer" "-DCMAKE_C_COMPILER=$cc" 
     runs 'the application built with CMake' "$scratch/consumer/consumer"
 else
     complain "the application does not build with CMake: $(cat "$scratch/log")"
+fi
+
+examples=$(find "$prefix" -type d -name examples)
+if [[ -n $examples && -z ${VYM_NO_CXX_PROGRAMS-} ]]; then
+    if ! { "$cmake" -S "$examples" -B "$scratch/examples" "-DCMAKE_C_COMPILER=$cc" "-DCMAKE_CXX_COMPILER=$cxx" \
+        "${toolchain_option[@]}" "-Dvym_DIR=$(dirname "$(find "$prefix" -name vymConfig.cmake)")" &&
+        "$cmake" --build "$scratch/examples"; } > "$scratch/log" 2>&1; then
+        complain "the installed examples do not build: $(tail -5 "$scratch/log")"
+    fi
 fi
 verdict "$(find "$prefix" -type f | wc -l) files installed"
