@@ -8,12 +8,14 @@
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 here=$(cd "$(dirname "$0")" && pwd)
+# A cache could hand out an object that names the files of another directory.
+export CCACHE_DISABLE=1
 cmake=$1 tree=$2 cc=$3 cxx=$4 nm=$5 readelf=$6
 
 # configure <tree> <build directory> <option>...: with what a debugger reads, which names files.
 configure() {
     "$cmake" -S "$1" -B "$2" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DVYM_WERROR=ON \
-        "-DCMAKE_C_COMPILER=$cc" "-DCMAKE_CXX_COMPILER=$cxx" -DCMAKE_CXX_FLAGS=-g "${@:3}" \
+        "-DCMAKE_C_COMPILER=$cc" "-DCMAKE_CXX_COMPILER=$cxx" -DCMAKE_CXX_FLAGS=-g1 "${@:3}" \
         '-DCMAKE_IGNORE_PATH=/usr/include;/usr/local/include' > "$scratch/log" 2>&1
 }
 
