@@ -4,7 +4,7 @@
 # A thin front for people. Every target installs the Debian packages it needs, as root or with sudo.
 
 .DEFAULT_GOAL := help
-.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak valgrind bench docs deb lint format library install clean help
+.PHONY: demo test unit asan tsan arm musl evil fuzz fuzz-coverage killed soak valgrind bench docs abi deb lint format library install clean help
 PREFIX ?= /usr/local
 
 demo: ## see the library at work against a simulated server
@@ -51,6 +51,9 @@ bench: ## what the library costs, beside what else could be used
 
 docs: ## the guides and the API reference, in build/docs/docs/html
 	@scripts/docs
+
+abi: ## the library's interface, compared with that of the last release
+	@scripts/abi
 
 deb: ## Debian packages for this machine and armhf: built, checked, installed, used, removed
 	@scripts/deb
