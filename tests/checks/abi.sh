@@ -10,6 +10,7 @@ source "$(dirname "$0")/common.sh"
 library=$1 include=$2 last=$3
 
 command -v abidiff > /dev/null || { complain 'there is no abidiff: scripts/install-packages abi'; verdict ''; }
+[[ -e $last ]] || { complain "there is no interface $last: scripts/abi --release"; verdict ''; }
 # With --fail-no-debug-info a library without types is an error, not a library without changes. The result is a
 # set of bits: 1 and 2 an error, 4 a change, 8 a change that breaks applications.
 status=0

@@ -54,4 +54,25 @@ printf 'typedef struct tag_new {\n    int new_member;\n} new_t;\n' > "$scratch/i
 echo 'SIZE(old_t, 4);' > "$scratch/layouts.h"
 refuses 'a type without a layout' 'missing: new_t: new_t:new_member' \
     "$here/layouts.sh" "$scratch/include" "$scratch/layouts.h"
+
+# shares <library> <line of C>...: a library with debug information, and its header.
+shares() {
+    printf '%s\n' "${@:2}" > "$scratch/include/vym/bad.h"
+    printf '#include "bad.h"\n%s\n' 'int first(struct s *p) { return p->a; } int second(void) { return 2; }' \
+        > "$scratch/shared.c"
+    "$cc" -g -shared -fPIC "-I$scratch/include/vym" -Wl,-soname,libvym.so.1 -o "$1" "$scratch/shared.c"
+}
+prototypes='int first(struct s *p); int second(void);'
+shares "$scratch/last.so" 'struct s { int a; };' "$prototypes"
+abidw --exported-interfaces-only --headers-dir "$scratch/include/vym" --out-file "$scratch/last.abi" "$scratch/last.so"
+abi=("$here/abi.sh" "$scratch/next.so" "$scratch/include" "$scratch/last.abi")
+shares "$scratch/next.so" 'struct s { int a; int b; };' "$prototypes"
+refuses 'a structure that has grown' 'type size changed' "${abi[@]}"
+shares "$scratch/next.so" 'struct s { int a; };' "$prototypes" '#define second static gone'
+refuses 'a function that is gone' '1 Removed function' "${abi[@]}"
+shares "$scratch/next.so" 'struct s { int a; };' "$prototypes"
+"${abi[@]}" > "$scratch/log" || complain "refused without a change: $(cat "$scratch/log")"
+"${readelf%readelf}strip" --strip-debug "$scratch/next.so"
+refuses 'a library whose types nobody can see' 'interface is not that of' "${abi[@]}"
+refuses 'a release without its interface' 'there is no interface' "${abi[@]:0:3}" "$scratch/none.abi"
 verdict 'each mistake was found'
