@@ -21,7 +21,7 @@ configure() {
 
 # build <build directory> <target>...
 build() {
-    "$cmake" --build "$1" --target "${@:2}" > "$scratch/log" 2>&1
+    "$cmake" --build "$1" --parallel "$(nproc)" --target "${@:2}" > "$scratch/log" 2>&1
 }
 
 if configure "$tree" "$scratch/build" && build "$scratch/build" vym vym_static; then
@@ -62,6 +62,7 @@ else
     complain "BUILD_SHARED_LIBS=OFF does not build: $(tail -20 "$scratch/log")"
 fi
 
-(cd "$scratch" && "$cxx" -std=c++17 -pthread "-I$tree/vym" -c "$tree"/vym/*.cpp) > "$scratch/log" 2>&1 ||
+find "$tree/vym" -name '*.cpp' -print0 |
+    xargs -0 -n 8 -P "$(nproc)" "$cxx" -std=c++17 -fsyntax-only "-I$tree/vym" > "$scratch/log" 2>&1 ||
     complain "the sources do not compile by themselves: $(head -5 "$scratch/log")"
 verdict 'release builds and bare compilation'
