@@ -75,4 +75,15 @@ shares "$scratch/next.so" 'struct s { int a; };' "$prototypes"
 "$cc" -g0 -shared -fPIC "-I$scratch/include/vym" -Wl,-soname,libvym.so.1 -o "$scratch/next.so" "$scratch/shared.c"
 refuses 'a library whose types nobody can see' 'has no debug information' "${abi[@]}"
 refuses 'a release without its interface' 'there is no interface' "${abi[@]:0:3}" "$scratch/none.abi"
+
+recipes=$scratch/recipes
+mkdir "$recipes"
+cp -r "$sources"/../{CMakeLists.txt,LICENSE,packaging} "$recipes"
+"$here/recipes.sh" "$recipes" > "$scratch/log" || complain "refused without a mistake: $(cat "$scratch/log")"
+sed -i 's/^\(project(vym VERSION \)[0-9.]*/\19.9.9/; s/BUILD_TESTING/TESTING/' "$recipes/CMakeLists.txt"
+echo >> "$recipes/LICENSE"
+mv "$recipes"/packaging/yocto/recipes-connectivity/vym/vym_{*,9.9.9}.bb
+for text in "vym.mk is about '" 'another checksum of LICENSE' 'no option BUILD_TESTING'; do
+    refuses 'recipes for another tree' "$text" "$here/recipes.sh" "$recipes"
+done
 verdict 'each mistake was found'
