@@ -74,7 +74,8 @@ cat > "$scratch/expected" <<FILES
 /usr/lib/$triplet/pkgconfig/vym.pc
 /usr/share/bash-completion/completions/vymctl
 /usr/share/doc/libvym1/copyright
-/usr/share/doc/vym-doc/architecture.md
+/usr/share/doc/vym-doc/README.md
+/usr/share/doc/vym-doc/docs/architecture.md
 /usr/share/man/man1/vym-sim.1.gz
 /usr/share/man/man1/vymctl.1.gz
 /usr/share/man/man1/vymtrace.1.gz
@@ -90,7 +91,6 @@ done
 
 examples=$scratch/examples
 cp -rL "$root/usr/share/doc/vym-doc/examples" "$examples"
-find "$examples" -name '*.gz' -exec gunzip {} +
 export PKG_CONFIG_LIBDIR=$libdir/pkgconfig PKG_CONFIG_SYSROOT_DIR=$root
 export PKG_CONFIG_ALLOW_SYSTEM_CFLAGS=1 PKG_CONFIG_ALLOW_SYSTEM_LIBS=1
 read -ra flags <<< "$(pkg-config --cflags --libs vym)"
