@@ -121,7 +121,7 @@ says() {
 says 'It is called vym-sim\.' "$scratch/smallest" "$server"
 says 'Heart' "$scratch/build/scanner" "$server" name=Heart
 says 'bluetooth *onAdapterState\|bluetooth *enable' "$root/usr/bin/vymtrace" "$server/client_sock.log"
-says 'get-name\|get_name' "$root/usr/bin/vymctl" --help
+says '^vym-sim$' "$root/usr/bin/vymctl" --dir "$server" adapter name
 # timeout hands the signal on.
 kill "$simulator"
 wait "$simulator" || true
