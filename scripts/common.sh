@@ -46,6 +46,9 @@ need() {
     if command -v ccache > /dev/null; then
         export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
         export CCACHE_BASEDIR=$root
+        # The building of packages has a home of its own.
+        CCACHE_DIR=$(ccache --get-config cache_dir)
+        export CCACHE_DIR
         # Precompiled headers ask for these.
         export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
     fi
