@@ -21,12 +21,7 @@ namespace {
 constexpr int kResult = 3;
 
 [[noreturn]] void become(const std::vector<std::string>& command, int processor, int result) {
-    if (processor >= 0) {
-        cpu_set_t set;
-        CPU_ZERO(&set);
-        CPU_SET(static_cast<size_t>(processor), &set);
-        sched_setaffinity(0, sizeof set, &set);
-    }
+    stay_on(processor);
     const int nowhere = open("/dev/null", O_WRONLY);
     dup2(nowhere, STDOUT_FILENO);
     if (result == kResult) {
@@ -55,6 +50,15 @@ std::string read_all_of(int fd) {
 }
 
 } // namespace
+
+void stay_on(int processor) {
+    if (processor >= 0) {
+        cpu_set_t set;
+        CPU_ZERO(&set);
+        CPU_SET(static_cast<size_t>(processor), &set);
+        sched_setaffinity(0, sizeof set, &set);
+    }
+}
 
 TempDirectory::TempDirectory(const std::string& parent) : path_(parent + "/vym-bench.XXXXXX") {
     if (mkdtemp(path_.data()) == nullptr) {

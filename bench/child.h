@@ -27,6 +27,9 @@ private:
     std::string path_;
 };
 
+/// The calling process runs on this processor from now on; on any when it is negative.
+void stay_on(int processor);
+
 /// A process; it is killed when this object goes.
 class Child {
 public:

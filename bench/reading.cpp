@@ -5,6 +5,7 @@
 
 #include "capture/format.h"
 #include "capture/writer.h"
+#include "child.h"
 #include "sockets.h"
 #include "workload.h"
 
@@ -13,7 +14,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -37,12 +37,7 @@ std::string records() {
 
 [[noreturn]] void become(const std::string& program, const std::string& option, int processor,
                          int input) {
-    if (processor >= 0) {
-        cpu_set_t set;
-        CPU_ZERO(&set);
-        CPU_SET(static_cast<size_t>(processor), &set);
-        sched_setaffinity(0, sizeof set, &set);
-    }
+    stay_on(processor);
     dup2(input, STDIN_FILENO);
     dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
     const char* const file = "-";
@@ -72,9 +67,16 @@ double seconds(const timeval& time) {
 } // namespace
 
 double Reading::median_ns() const {
-    std::vector<double> values = ns_of_rounds;
+    return middle_of(ns_of_rounds);
+}
+
+double middle_of(std::vector<double> values) {
+    if (values.empty()) {
+        return 0;
+    }
     std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
+    const size_t half = values.size() / 2;
+    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
 }
 
 std::vector<Reading> readings() {

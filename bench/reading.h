@@ -23,6 +23,9 @@ struct Reading {
     [[nodiscard]] double median_ns() const;
 };
 
+/// The median; 0 of nothing.
+double middle_of(std::vector<double> values);
+
 std::vector<Reading> readings();
 
 /// Writes a capture of notifications to the program's standard input, and adds what it used. False when

@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <numeric>
 #include <sstream>
+#include <utility>
 
 namespace bench {
 namespace {
@@ -38,12 +39,7 @@ double median_of(const std::vector<Cost>& rounds, double Cost::*member) {
     for (const Cost& cost : rounds) {
         values.push_back(cost.*member);
     }
-    if (values.empty()) {
-        return 0;
-    }
-    std::sort(values.begin(), values.end());
-    const size_t half = values.size() / 2;
-    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
+    return middle_of(std::move(values));
 }
 
 const Row* find(const Results& results, std::string_view workload, std::string_view label) {
