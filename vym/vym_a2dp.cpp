@@ -12,6 +12,7 @@ namespace {
 using vym::hex2;
 using vym::hex4;
 using vym::send_command;
+using vym::tag;
 
 event_parser_t* s_a2dp_event_parser;
 
@@ -28,23 +29,23 @@ void vym_a2dp_done(void) {
 }
 
 bt_status_t vym_a2dp_connect(bt_bdaddr_t address) {
-    return send_command("AA", {address});
+    return send_command<tag("AA")>(address);
 }
 
 bt_status_t vym_a2dp_disconnect(bt_bdaddr_t address) {
-    return send_command("AB", {address});
+    return send_command<tag("AB")>(address);
 }
 
 bt_status_t vym_a2dp_inform_audio_focus_state(uint8_t state) {
-    return send_command("AC", {hex2(state)});
+    return send_command<tag("AC")>(hex2(state));
 }
 
 bt_status_t vym_a2dp_inform_audio_trace_gain(uint16_t gain) {
-    return send_command("AD", {hex4(gain)});
+    return send_command<tag("AD")>(hex4(gain));
 }
 
 bt_status_t vym_a2dp_switch_audio_hw(uint8_t mode) {
-    return send_command("AQ", {hex2(mode)});
+    return send_command<tag("AQ")>(hex2(mode));
 }
 
 } // extern "C"

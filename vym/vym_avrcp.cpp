@@ -17,6 +17,7 @@ using vym::hex2;
 using vym::hex4;
 using vym::hex8;
 using vym::send_command;
+using vym::tag;
 
 // Operation identifiers of the AV/C panel subunit.
 enum key_t : uint8_t {
@@ -39,12 +40,12 @@ enum group_t : uint8_t { GROUP_NEXT = 0, GROUP_PREVIOUS = 1 };
 event_parser_t* s_avrcp_event_parser;
 
 bt_status_t vym_avrcp_send_passthrough_cmd(bt_bdaddr_t address, uint8_t key_code, uint8_t key_state) {
-    return send_command("RC", {address, hex2(key_code), hex2(key_state)});
+    return send_command<tag("RC")>(address, hex2(key_code), hex2(key_state));
 }
 
 bt_status_t vym_avrcp_send_group_navigation_cmd(bt_bdaddr_t address, uint8_t key_vendor,
                                                 uint8_t key_state) {
-    return send_command("RD", {address, hex2(key_vendor), hex2(key_state)});
+    return send_command<tag("RD")>(address, hex2(key_vendor), hex2(key_state));
 }
 
 // Keys answer with success whatever became of them: a player that does not react is all the same.
@@ -121,7 +122,7 @@ bt_status_t vym_avrcp_previous_group(bt_bdaddr_t address) {
 
 bt_status_t vym_avrcp_get_player_app_setting(bt_bdaddr_t address, uint8_t attrib_num, uint16_t data_len,
                                              uint8_t* data) {
-    return send_command("RE", {address, hex2(attrib_num), block(data, data_len)});
+    return send_command<tag("RE")>(address, hex2(attrib_num), block(data, data_len));
 }
 
 bt_status_t vym_avrcp_set_player_app_setting(bt_bdaddr_t address, struct AVRCP_NumIDPairStru settings) {
@@ -131,78 +132,79 @@ bt_status_t vym_avrcp_set_player_app_setting(bt_bdaddr_t address, struct AVRCP_N
         ids_then_values[i] = settings.id_value[i].attr_id;
         ids_then_values[num + i] = settings.id_value[i].value;
     }
-    return send_command("RF", {address, hex2(settings.num), block(ids_then_values, 2 * num)});
+    return send_command<tag("RF")>(address, hex2(settings.num),
+                                   block(ids_then_values, static_cast<uint32_t>(2 * num)));
 }
 
 bt_status_t vym_avrcp_send_abs_vol_rsp(bt_bdaddr_t address, uint8_t abs_vol) {
-    return send_command("RG", {address, hex2(abs_vol), hex2(vym_avrcp_take_abs_vol_label())});
+    return send_command<tag("RG")>(address, hex2(abs_vol), hex2(vym_avrcp_take_abs_vol_label()));
 }
 
 bt_status_t vym_avrcp_send_register_abs_val_rsp(bt_bdaddr_t address, uint8_t rsp_type,
                                                 uint8_t abs_vol) {
-    return send_command(
-        "RH", {address, hex2(rsp_type), hex2(abs_vol), hex2(vym_avrcp_take_register_label())});
+    return send_command<tag("RH")>(address, hex2(rsp_type), hex2(abs_vol),
+                                   hex2(vym_avrcp_take_register_label()));
 }
 
 bt_status_t vym_avrcp_get_folder_list(bt_bdaddr_t address, int start, int items) {
-    return send_command("RI", {address, hex8(start), hex8(items)});
+    return send_command<tag("RI")>(address, hex8(start), hex8(items));
 }
 
 bt_status_t vym_avrcp_change_folder_path(bt_bdaddr_t address, uint8_t direction, uint16_t uid_len,
                                          uint8_t* uid) {
-    return send_command("RJ", {address, hex2(direction), block(uid, uid_len)});
+    return send_command<tag("RJ")>(address, hex2(direction), block(uid, uid_len));
 }
 
 bt_status_t vym_avrcp_get_total_number_of_items(bt_bdaddr_t address) {
-    return send_command("RK", {address});
+    return send_command<tag("RK")>(address);
 }
 
 bt_status_t vym_avrcp_play_item(bt_bdaddr_t address, uint8_t scope, uint16_t uid_len, uint8_t* uid) {
-    return send_command("RL", {address, hex2(scope), block(uid, uid_len)});
+    return send_command<tag("RL")>(address, hex2(scope), block(uid, uid_len));
 }
 
 bt_status_t vym_avrcp_get_player_list(bt_bdaddr_t address, uint8_t start, uint8_t items) {
-    send_command("RM", {address, hex2(start), hex2(items)});
+    send_command<tag("RM")>(address, hex2(start), hex2(items));
     return BT_STATUS_SUCCESS;
 }
 
 bt_status_t vym_avrcp_get_nowplaying_list(bt_bdaddr_t address, int start, int items) {
-    send_command("RO", {address, hex8(start), hex8(items)});
+    send_command<tag("RO")>(address, hex8(start), hex8(items));
     return BT_STATUS_SUCCESS;
 }
 
 bt_status_t vym_avrcp_set_addressed_player(bt_bdaddr_t address, uint16_t player_id) {
-    send_command("RQ", {address, hex4(player_id)});
+    send_command<tag("RQ")>(address, hex4(player_id));
     return BT_STATUS_SUCCESS;
 }
 
 bt_status_t vym_avrcp_cancel_browsing(bt_bdaddr_t address) {
-    return send_command("RV", {address});
+    return send_command<tag("RV")>(address);
 }
 
 bt_status_t vym_avrcp_connect_bip(bt_bdaddr_t address, int l2cap_psm) {
-    return send_command("RZA", {address, hex8(l2cap_psm)});
+    return send_command<tag("RZA")>(address, hex8(l2cap_psm));
 }
 
 bt_status_t vym_avrcp_get_element_attribute(bt_bdaddr_t address, int num_attributes,
                                             uint16_t attrib_ids_len, uint8_t* attrib_ids) {
-    return send_command("RZB", {address, hex8(num_attributes), block(attrib_ids, attrib_ids_len)});
+    return send_command<tag("RZB")>(address, hex8(num_attributes), block(attrib_ids, attrib_ids_len));
 }
 
 bt_status_t vym_avrcp_get_linked_thumbnail(bt_bdaddr_t address, uint16_t img_handle_len,
                                            uint8_t* img_handle, uint16_t storage_path_len,
                                            uint8_t* storage_path) {
-    return send_command(
-        "RZC", {address, block(img_handle, img_handle_len), block(storage_path, storage_path_len)});
+    return send_command<tag("RZC")>(address, block(img_handle, img_handle_len),
+                                    block(storage_path, storage_path_len));
 }
 
 bt_status_t vym_avrcp_get_image(bt_bdaddr_t address, long maxSize, uint16_t img_handle_len,
                                 uint8_t* img_handle, uint16_t encoding_len, uint8_t* encoding,
                                 uint16_t pixel_len, uint8_t* pixel, uint16_t storage_path_len,
                                 uint8_t* storage_path) {
-    return send_command("RZD", {address, hex8(static_cast<uint32_t>(maxSize)),
-                                block(img_handle, img_handle_len), block(encoding, encoding_len),
-                                block(pixel, pixel_len), block(storage_path, storage_path_len)});
+    return send_command<tag("RZD")>(address, hex8(static_cast<uint32_t>(maxSize)),
+                                    block(img_handle, img_handle_len), block(encoding, encoding_len),
+                                    block(pixel, pixel_len), block(storage_path, storage_path_len));
 }
 
 avrcp_version_t convert_feature_to_avrcp_version(uint8_t feature) {
@@ -212,19 +214,19 @@ avrcp_version_t convert_feature_to_avrcp_version(uint8_t feature) {
 }
 
 bt_status_t vym_avrcp_connect_impl(bt_bdaddr_t address) {
-    return send_command("RA", {address});
+    return send_command<tag("RA")>(address);
 }
 
 bt_status_t vym_avrcp_disconnect_impl(bt_bdaddr_t address) {
-    return send_command("RB", {address});
+    return send_command<tag("RB")>(address);
 }
 
 bt_status_t vym_avrcp_get_playback_state_impl(bt_bdaddr_t address) {
-    return send_command("RN", {address});
+    return send_command<tag("RN")>(address);
 }
 
 bt_status_t vym_avrcp_set_browsed_player_impl(bt_bdaddr_t address, uint16_t player_id) {
-    return send_command("RP", {address, hex4(player_id)});
+    return send_command<tag("RP")>(address, hex4(player_id));
 }
 
 } // extern "C"

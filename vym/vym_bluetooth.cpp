@@ -24,6 +24,7 @@ using vym::hex4;
 using vym::hex8;
 using vym::s_adapter;
 using vym::send_command;
+using vym::tag;
 
 // LE test commands: what to do, then how many bytes of parameters follow.
 constexpr uint16_t kLeTestReceive = 1;
@@ -175,9 +176,8 @@ void vym_bluetooth_done(void) {
 }
 
 bt_status_t vym_bluetooth_preset_addr(bt_bdaddr_t address) {
-    const vym::field field(address);
     bt_status_t status = BT_STATUS_SUCCESS;
-    const vym::malloc_ptr<char> command(vym_command_build("PD", &field, 1, &status));
+    const vym::malloc_ptr<char> command(vym::build_command<tag("PD")>(&status, address));
     if (command != nullptr) {
         printf("[%s] -vym- [%s] [%s]\r\n", get_current_time_string(), __func__, command.get());
         send_at_command(command.get(), static_cast<int>(strlen(command.get())));
@@ -186,15 +186,15 @@ bt_status_t vym_bluetooth_preset_addr(bt_bdaddr_t address) {
 }
 
 bt_status_t vym_bluetooth_enable(void) {
-    return send_command("PB");
+    return send_command<tag("PB")>();
 }
 
 bt_status_t vym_bluetooth_enable_ex(int down_firmware) {
-    return down_firmware == 1 ? vym_bluetooth_enable() : send_command("PE");
+    return down_firmware == 1 ? vym_bluetooth_enable() : send_command<tag("PE")>();
 }
 
 bt_status_t vym_bluetooth_disable(void) {
-    return send_command("PC");
+    return send_command<tag("PC")>();
 }
 
 bt_state_t vym_bluetooth_get_state(void) {
@@ -205,7 +205,7 @@ bt_state_t vym_bluetooth_get_state(void) {
 char* vym_bluetooth_get_version(void) {
     vym::lock_guard held(s_adapter.event_lock);
     const bt_status_t status =
-        request_and_wait(BT_PROPERTY_VERSION, nullptr, [] { return send_command("PV"); });
+        request_and_wait(BT_PROPERTY_VERSION, nullptr, [] { return send_command<tag("PV")>(); });
     if (status == BT_STATUS_NOMEM) {
         // The status in the place of a pointer: callers compare with it.
         return reinterpret_cast<char*>(
@@ -215,11 +215,11 @@ char* vym_bluetooth_get_version(void) {
 }
 
 bt_status_t vym_bluetooth_get_adapter_property(uint8_t type) {
-    return send_command("BA", {hex2(type)});
+    return send_command<tag("BA")>(hex2(type));
 }
 
 bt_status_t vym_bluetooth_set_adapter_property(uint8_t type, uint16_t len, uint8_t* val) {
-    return send_command("BB", {hex2(type), block(val, len)});
+    return send_command<tag("BB")>(hex2(type), block(val, len));
 }
 
 bt_bdname_t* vym_bluetooth_get_name(void) {
@@ -239,7 +239,7 @@ bt_bdaddr_t* vym_bluetooth_get_address(void) {
 }
 
 bt_status_t vym_bluetooth_read_address(void) {
-    return send_command("BTOR");
+    return send_command<tag("BTOR")>();
 }
 
 bt_scan_mode_t vym_bluetooth_get_scan_mode(void) {
@@ -276,23 +276,23 @@ bt_status_t vym_bluetooth_set_discovery_internval(int interval) {
 }
 
 bt_status_t vym_bluetooth_get_adapter_properties(void) {
-    return send_command("BG");
+    return send_command<tag("BG")>();
 }
 
 bt_status_t vym_bluetooth_add_AA_uuid(bt_uuid_t eir_uuid) {
-    return send_command("BTE", {vym::uuid_forward(eir_uuid)});
+    return send_command<tag("BTE")>(vym::uuid_forward(eir_uuid));
 }
 
 bt_status_t vym_bluetooth_start_discovery(void) {
-    return send_command("BK");
+    return send_command<tag("BK")>();
 }
 
 bt_status_t vym_bluetooth_stop_discovery(void) {
-    return send_command("BL");
+    return send_command<tag("BL")>();
 }
 
 bt_status_t vym_bluetooth_create_bond(bt_bdaddr_t address) {
-    return send_command("BM", {address});
+    return send_command<tag("BM")>(address);
 }
 
 bt_status_t vym_bluetooth_create_bond_out_of_bond(bt_bdaddr_t address, int transport, uint16_t oob_len,
@@ -300,29 +300,29 @@ bt_status_t vym_bluetooth_create_bond_out_of_bond(bt_bdaddr_t address, int trans
     if (oob == nullptr || oob_len == 0) {
         return BT_STATUS_NOMEM; // what the server would call "no data" has always been told this way
     }
-    return send_command("BN", {address, hex8(transport), block(oob, oob_len)});
+    return send_command<tag("BN")>(address, hex8(transport), block(oob, oob_len));
 }
 
 bt_status_t vym_bluetooth_remove_bond(bt_bdaddr_t address) {
-    return send_command("BO", {address});
+    return send_command<tag("BO")>(address);
 }
 
 bt_status_t vym_bluetooth_cancel_bond(bt_bdaddr_t address) {
-    return send_command("BP", {address});
+    return send_command<tag("BP")>(address);
 }
 
 bt_status_t vym_bluetooth_pin_reply(bt_bdaddr_t address, uint8_t accept, uint16_t pin_len,
                                     uint8_t* pincode) {
-    return send_command("BR", {address, hex2(accept), block(pincode, pin_len)});
+    return send_command<tag("BR")>(address, hex2(accept), block(pincode, pin_len));
 }
 
 bt_status_t vym_bluetooth_ssp_reply(bt_bdaddr_t address, uint8_t ssp_variant, uint8_t accept,
                                     int passkey) {
-    return send_command("BS", {address, hex2(ssp_variant), hex2(accept), hex8(passkey)});
+    return send_command<tag("BS")>(address, hex2(ssp_variant), hex2(accept), hex8(passkey));
 }
 
 bt_status_t vym_bluetooth_set_bond_mode(int mode) {
-    return send_command("BF", {hex8(mode)});
+    return send_command<tag("BF")>(hex8(mode));
 }
 
 bt_status_t vym_bluetooth_get_bonded_devices(bt_remote_device_t* devices, int* size) {
@@ -362,37 +362,37 @@ bt_status_t vym_bluetooth_set_number_of_bonded_devices(int num) {
 }
 
 bt_status_t vym_bluetooth_read_local_device_oob_data(void) {
-    return send_command("BEA");
+    return send_command<tag("BEA")>();
 }
 
 bt_status_t vym_bluetooth_read_local_device_oob_data_ex(void) {
-    return send_command("BEB");
+    return send_command<tag("BEB")>();
 }
 
 bt_status_t vym_bluetooth_set_remote_device_oob_data(bt_bdaddr_t address, bt_oob_data_t c192,
                                                      bt_oob_data_t r192) {
-    return send_command("BEC", {address, c192, r192});
+    return send_command<tag("BEC")>(address, c192, r192);
 }
 
 bt_status_t vym_bluetooth_get_remote_device_propertie(bt_bdaddr_t address, uint8_t type) {
-    return send_command("BC", {address, hex2(type)});
+    return send_command<tag("BC")>(address, hex2(type));
 }
 
 bt_status_t vym_bluetooth_set_remote_device_propertie(bt_bdaddr_t address, uint8_t type, uint16_t len,
                                                       uint8_t* val) {
-    return send_command("BD", {address, hex2(type), block(val, len)});
+    return send_command<tag("BD")>(address, hex2(type), block(val, len));
 }
 
 bt_status_t vym_bluetooth_get_remote_device_properties(bt_bdaddr_t address) {
-    return send_command("BH", {address});
+    return send_command<tag("BH")>(address);
 }
 
 bt_status_t vym_bluetooth_get_remote_service_record(bt_bdaddr_t address, bt_uuid_t uuid) {
-    return send_command("BI", {address, vym::uuid_reverse(uuid)});
+    return send_command<tag("BI")>(address, vym::uuid_reverse(uuid));
 }
 
 bt_status_t vym_bluetooth_get_remote_services(bt_bdaddr_t address) {
-    return send_command("BJ", {address});
+    return send_command<tag("BJ")>(address);
 }
 
 uint8_t vym_bluetooth_get_device_priority(bt_bdaddr_t address) {
@@ -417,48 +417,48 @@ bt_128_service_t vym_bluetooth_get_devices_uuids(bt_bdaddr_t address) {
 }
 
 bt_acl_state_t vym_bluetooth_get_connection_state(bt_bdaddr_t address) {
-    const bt_status_t status = send_command("BQ", {address});
+    const bt_status_t status = send_command<tag("BQ")>(address);
     return static_cast<bt_acl_state_t>(status); // 0 once sent, which is no statement about the link
 }
 
 bt_status_t vym_bluetooth_read_connected_device_rssi(bt_bdaddr_t address) {
-    return send_command("BTB", {address});
+    return send_command<tag("BTB")>(address);
 }
 
 bt_status_t vym_bluetooth_acl_cancel_connect(bt_bdaddr_t address) {
     const int connected = vym_adapter_is_acl_connected();
     printf("is acl connected = %d\r\n", connected);
-    return connected != 0 ? BT_STATUS_FAIL : send_command("BTD", {address});
+    return connected != 0 ? BT_STATUS_FAIL : send_command<tag("BTD")>(address);
 }
 
 bt_status_t vym_bluetooth_connection_auth(bt_bdaddr_t address, uint8_t profile_id, uint8_t accept) {
-    return send_command("BTA", {address, hex2(profile_id), hex2(accept)});
+    return send_command<tag("BTA")>(address, hex2(profile_id), hex2(accept));
 }
 
 bt_status_t vym_bluetooth_os_suspend_action(void) {
-    return send_command("BTOS");
+    return send_command<tag("BTOS")>();
 }
 
 bt_status_t vym_bluetooth_os_wakeup_action(void) {
-    return send_command("BTOW");
+    return send_command<tag("BTOW")>();
 }
 
 bt_status_t vym_bluetooth_le_receiver_test(uint8_t rx_frequency) {
-    return send_command("BTL", {hex4(kLeTestReceive), hex4(1), hex2(rx_frequency)});
+    return send_command<tag("BTL")>(hex4(kLeTestReceive), hex4(1), hex2(rx_frequency));
 }
 
 bt_status_t vym_bluetooth_le_transmitter_test(uint8_t tx_frequency, uint8_t length_of_test_data,
                                               uint8_t packet_payload) {
-    return send_command("BTL", {hex4(kLeTestTransmit), hex4(3), hex2(tx_frequency),
-                                hex2(length_of_test_data), hex2(packet_payload)});
+    return send_command<tag("BTL")>(hex4(kLeTestTransmit), hex4(3), hex2(tx_frequency),
+                                    hex2(length_of_test_data), hex2(packet_payload));
 }
 
 bt_status_t vym_bluetooth_le_test_end(void) {
-    return send_command("BTL", {hex4(kLeTestEnd), hex4(0)});
+    return send_command<tag("BTL")>(hex4(kLeTestEnd), hex4(0));
 }
 
 bt_status_t vym_bluetooth_write_loopback_mode(uint8_t mode) {
-    return send_command("BTP", {hex2(mode)});
+    return send_command<tag("BTP")>(hex2(mode));
 }
 
 } // extern "C"

@@ -76,10 +76,11 @@ void put_time(uint8_t* at) {
     put_be32(put_be32(at, hi), lo);
 }
 
+/// All but the time.
 uint8_t* put_head(uint8_t* at, packet_type type, uint32_t flags, size_t packet_len) {
     const auto len = static_cast<uint32_t>(packet_len + 1);
-    memset(at, 0, RECORD_HEAD_LEN);
-    put_be32(put_be32(put_be32(at, len), len), flags);
+    constexpr uint32_t drops = 0;
+    put_be32(put_be32(put_be32(put_be32(at, len), len), flags), drops);
     at[RECORD_HEAD_LEN - 1] = type;
     return at + RECORD_HEAD_LEN;
 }

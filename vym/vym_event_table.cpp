@@ -3,6 +3,9 @@
 
 #include "vym_event_table.h"
 
+#include <cstdlib>
+#include <cstring>
+
 namespace vym {
 
 int process_indexed(event_parser_t* evt_parser, const tag_index& index, uint8_t* buffer, int offset,
@@ -21,6 +24,21 @@ int process_indexed(event_parser_t* evt_parser, const tag_index& index, uint8_t*
     }
     const int pos = process(evt_parser, buffer, offset, length, &evt_parser->parser_list[row]);
     return pos > 0 ? pos : -1;
+}
+
+event_parser_t* create_with_entries(size_t size, const parser_t* entries, size_t count) {
+    event_parser_t* base = create_event_parser();
+    auto* list = static_cast<parser_t*>(malloc(count * sizeof(parser_t)));
+    auto* parser = base != nullptr ? static_cast<event_parser_t*>(realloc(base, size)) : nullptr;
+    if (parser == nullptr || list == nullptr) {
+        free(parser != nullptr ? parser : base);
+        free(list);
+        return nullptr;
+    }
+    memcpy(list, entries, count * sizeof(parser_t));
+    parser->num_of_parsers = static_cast<int>(count);
+    parser->parser_list = list;
+    return parser;
 }
 
 int decode_event(decode_function decode, bool waits_for_end, void* callbacks, uint8_t* buffer,

@@ -14,6 +14,7 @@
 #include "vym_event_parser.h"
 #include "vym_field_reader.h"
 
+#include <array>
 #include <cstdlib>
 #include <iterator>
 #include <string_view>
@@ -94,8 +95,10 @@ struct fields {
     }
 };
 
+// Static, as all of which the address is taken: then it is known without the table of the library's
+// addresses, which costs 28 bytes for each on 32-bit ARM.
 template <auto Slot, class... Fields>
-bool decode_plain(field_reader& in, void* callbacks) {
+static bool decode_plain(field_reader& in, void* callbacks) {
     auto* table = static_cast<typename slot_of<decltype(Slot)>::callbacks*>(callbacks);
     return fields<Fields...>::decode(in, table != nullptr ? table->*Slot : nullptr);
 }
@@ -109,7 +112,7 @@ constexpr event_row plain(const char* tag, const char* name, int min_length) {
 }
 
 template <class Callbacks, bool (*Body)(field_reader&, Callbacks*)>
-bool decode_body(field_reader& in, void* callbacks) {
+static bool decode_body(field_reader& in, void* callbacks) {
     return Body(in, static_cast<Callbacks*>(callbacks));
 }
 
@@ -250,11 +253,14 @@ struct entry {
 };
 
 template <const auto& Rows, auto& Parser, size_t... I>
-void fill_entries(parser_t* list, std::index_sequence<I...>) {
-    ((list[I] = {entry<Rows, Parser, I>::get_keyword, entry<Rows, Parser, I>::get_tag,
-                 min_length<Rows[I].min_length>, entry<Rows, Parser, I>::parse}),
-     ...);
+constexpr std::array<parser_t, sizeof...(I)> entries_of(std::index_sequence<I...>) {
+    return {{{entry<Rows, Parser, I>::get_keyword, entry<Rows, Parser, I>::get_tag,
+              min_length<Rows[I].min_length>, entry<Rows, Parser, I>::parse}...}};
 }
+
+// A parser of `size` bytes, whose first member is an event_parser_t, with a copy of `entries`. NULL
+// without memory.
+event_parser_t* create_with_entries(size_t size, const parser_t* entries, size_t count);
 
 // Makes a profile's parser of its rows. `Parser` is the profile's pointer to the parser in use, through
 // which the entries reach the callbacks. NULL without memory.
@@ -262,21 +268,16 @@ template <const auto& Rows, auto& Parser, class Derived, class Callbacks>
 event_parser_t* create_profile_parser(Callbacks* callbacks) {
     constexpr size_t count = std::size(Rows);
     static_assert(tags_are_distinct(Rows));
-    event_parser_t* base = create_event_parser();
-    auto* list = static_cast<parser_t*>(malloc(count * sizeof(parser_t)));
-    auto* parser = base != nullptr ? static_cast<Derived*>(realloc(base, sizeof(Derived))) : nullptr;
-    if (parser == nullptr || list == nullptr) {
-        free(parser != nullptr ? static_cast<void*>(parser) : base);
-        free(list);
+    static constexpr auto entries = entries_of<Rows, Parser>(std::make_index_sequence<count>());
+    event_parser_t* base = create_with_entries(sizeof(Derived), entries.data(), count);
+    if (base == nullptr) {
         return nullptr;
     }
-    fill_entries<Rows, Parser>(list, std::make_index_sequence<count>());
-    parser->base.num_of_parsers = static_cast<int>(count);
-    parser->base.parser_list = list;
-    parser->base.process_event = process_rows<Rows>;
+    auto* parser = reinterpret_cast<Derived*>(base);
+    base->process_event = process_rows<Rows>;
     parser->cbk = callbacks;
     Parser = parser;
-    return &parser->base;
+    return base;
 }
 
 template <auto& Parser>

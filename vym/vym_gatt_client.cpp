@@ -14,9 +14,11 @@ namespace {
 
 using vym::block;
 using vym::hex2;
+using vym::hex2_or_more;
 using vym::hex4;
 using vym::hex8;
 using vym::send_command;
+using vym::tag;
 using vym::uuid_reverse;
 
 // Under which vym_gatt_client_connect() registers.
@@ -36,16 +38,6 @@ bool register_and_wait(const bt_uuid_t& uuid, uint8_t* client_if) {
     *client_if = vym_gatt_client_wait_for_registration();
     fputs(kRegisteredLine, stdout);
     return true;
-}
-
-// As many digits as the number needs, at least two.
-vym::field hex2_or_more(int number) {
-    const auto value = static_cast<uint32_t>(number);
-    size_t digits = 2;
-    while (digits < 8 && (value >> (4 * digits)) != 0) {
-        ++digits;
-    }
-    return {vym::field_kind::hex, value, nullptr, digits};
 }
 
 } // namespace
@@ -101,24 +93,25 @@ bt_status_t vym_gatt_client_connect_ex(uint8_t client_if, bt_bdaddr_t address, u
 }
 
 bt_status_t vym_gatt_client_disconnect(uint8_t client_if, bt_bdaddr_t address, uint16_t conn_id) {
-    return send_command("KF", {hex2(client_if), address, hex4(conn_id)});
+    return send_command<tag("KF")>(hex2(client_if), address, hex4(conn_id));
 }
 
 bt_status_t vym_gatt_client_listen(uint8_t client_if, uint8_t enable) {
-    return send_command("KD", {hex2(client_if), hex2(enable)});
+    return send_command<tag("KD")>(hex2(client_if), hex2(enable));
 }
 
 bt_status_t vym_gatt_client_listen_ex(uint8_t client_if, uint8_t enable, uint16_t min_interval,
                                       uint16_t max_interval) {
-    return send_command("KZA", {hex2(client_if), hex2(enable), hex4(min_interval), hex4(max_interval)});
+    return send_command<tag("KZA")>(hex2(client_if), hex2(enable), hex4(min_interval),
+                                    hex4(max_interval));
 }
 
 bt_status_t vym_gatt_client_refresh(uint8_t client_if, bt_bdaddr_t address) {
-    return send_command("KG", {hex2(client_if), address});
+    return send_command<tag("KG")>(hex2(client_if), address);
 }
 
 bt_status_t vym_gatt_client_search_service(uint16_t conn_id, uint8_t search_all, uint16_t uuid16) {
-    return send_command("KH", {hex4(conn_id), hex2(search_all), hex4(uuid16)});
+    return send_command<tag("KH")>(hex4(conn_id), hex2(search_all), hex4(uuid16));
 }
 
 bt_status_t vym_gatt_client_get_included_service(uint16_t conn_id, uint8_t service_type,
@@ -126,36 +119,36 @@ bt_status_t vym_gatt_client_get_included_service(uint16_t conn_id, uint8_t servi
                                                  uint8_t incl_service_type,
                                                  uint16_t incl_service_id_inst_id,
                                                  bt_uuid_t incl_uuid16) {
-    return send_command("KI", {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                               uuid_reverse(service_uuid16), hex2(incl_service_type),
-                               hex4(incl_service_id_inst_id), uuid_reverse(incl_uuid16)});
+    return send_command<tag("KI")>(hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid16), hex2(incl_service_type),
+                                   hex4(incl_service_id_inst_id), uuid_reverse(incl_uuid16));
 }
 
 bt_status_t vym_gatt_client_get_characteristic(uint16_t conn_id, uint8_t service_type,
                                                uint16_t service_id_inst_id, bt_uuid_t service_uuid16,
                                                uint16_t char_id_inst_id, bt_uuid_t char_uuid16) {
-    return send_command("KJ", {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                               uuid_reverse(service_uuid16), hex4(char_id_inst_id),
-                               uuid_reverse(char_uuid16)});
+    return send_command<tag("KJ")>(hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid16), hex4(char_id_inst_id),
+                                   uuid_reverse(char_uuid16));
 }
 
 bt_status_t vym_gatt_client_get_descriptor(uint16_t conn_id, uint8_t service_type,
                                            uint16_t service_id_inst_id, bt_uuid_t service_uuid16,
                                            uint16_t char_id_inst_id, bt_uuid_t char_uuid16,
                                            uint16_t descr_id_inst_id, bt_uuid_t desc_uuid16) {
-    return send_command("KK",
-                        {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                         uuid_reverse(service_uuid16), hex4(char_id_inst_id), uuid_reverse(char_uuid16),
-                         hex4(descr_id_inst_id), uuid_reverse(desc_uuid16)});
+    return send_command<tag("KK")>(hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid16), hex4(char_id_inst_id),
+                                   uuid_reverse(char_uuid16), hex4(descr_id_inst_id),
+                                   uuid_reverse(desc_uuid16));
 }
 
 bt_status_t vym_gatt_client_read_characteristic(uint16_t conn_id, uint8_t service_type,
                                                 uint16_t service_id_inst_id, bt_uuid_t service_uuid16,
                                                 uint16_t char_id_inst_id, bt_uuid_t char_uuid16,
                                                 uint8_t authReq) {
-    return send_command("KL", {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                               uuid_reverse(service_uuid16), hex4(char_id_inst_id),
-                               uuid_reverse(char_uuid16), hex2(authReq)});
+    return send_command<tag("KL")>(hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid16), hex4(char_id_inst_id),
+                                   uuid_reverse(char_uuid16), hex2(authReq));
 }
 
 bt_status_t vym_gatt_client_write_characteristic(uint16_t conn_id, uint8_t service_type,
@@ -163,10 +156,10 @@ bt_status_t vym_gatt_client_write_characteristic(uint16_t conn_id, uint8_t servi
                                                  uint16_t char_id_inst_id, bt_uuid_t char_uuid16,
                                                  uint8_t write_type, uint8_t auth_req, uint16_t val_len,
                                                  uint8_t* value) {
-    return send_command("KM",
-                        {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                         uuid_reverse(service_uuid16), hex4(char_id_inst_id), uuid_reverse(char_uuid16),
-                         hex2(write_type), hex2(auth_req), block(value, val_len)});
+    return send_command<tag("KM")>(hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid16), hex4(char_id_inst_id),
+                                   uuid_reverse(char_uuid16), hex2(write_type), hex2(auth_req),
+                                   block(value, val_len));
 }
 
 bt_status_t vym_gatt_client_read_descriptor(uint16_t conn_id, uint8_t service_type,
@@ -174,10 +167,10 @@ bt_status_t vym_gatt_client_read_descriptor(uint16_t conn_id, uint8_t service_ty
                                             uint16_t char_id_inst_id, bt_uuid_t char_uuid16,
                                             uint16_t descr_id_inst_id, bt_uuid_t descr_uuid16,
                                             uint8_t authReq) {
-    return send_command("KN",
-                        {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                         uuid_reverse(service_uuid16), hex4(char_id_inst_id), uuid_reverse(char_uuid16),
-                         hex4(descr_id_inst_id), uuid_reverse(descr_uuid16), hex2(authReq)});
+    return send_command<tag("KN")>(hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid16), hex4(char_id_inst_id),
+                                   uuid_reverse(char_uuid16), hex4(descr_id_inst_id),
+                                   uuid_reverse(descr_uuid16), hex2(authReq));
 }
 
 bt_status_t vym_gatt_client_write_descriptor(uint16_t conn_id, uint8_t service_type,
@@ -186,69 +179,68 @@ bt_status_t vym_gatt_client_write_descriptor(uint16_t conn_id, uint8_t service_t
                                              uint16_t descr_id_inst_id, bt_uuid_t descr_uuid16,
                                              uint8_t write_type, uint8_t auth_req, uint16_t len,
                                              uint8_t* value) {
-    return send_command("KO",
-                        {hex4(conn_id), hex2(service_type), hex4(service_id_inst_id),
-                         uuid_reverse(service_uuid16), hex4(char_id_inst_id), uuid_reverse(char_uuid16),
-                         hex4(descr_id_inst_id), uuid_reverse(descr_uuid16), hex2(write_type),
-                         hex2(auth_req), block(value, len)});
+    return send_command<tag("KO")>(
+        hex4(conn_id), hex2(service_type), hex4(service_id_inst_id), uuid_reverse(service_uuid16),
+        hex4(char_id_inst_id), uuid_reverse(char_uuid16), hex4(descr_id_inst_id),
+        uuid_reverse(descr_uuid16), hex2(write_type), hex2(auth_req), block(value, len));
 }
 
 bt_status_t vym_gatt_client_execute_write(uint16_t conn_id, uint8_t execute) {
-    return send_command("KP", {hex4(conn_id), hex2(execute)});
+    return send_command<tag("KP")>(hex4(conn_id), hex2(execute));
 }
 
 bt_status_t vym_gatt_client_register_for_notifications(
     uint8_t client_if, bt_bdaddr_t address, uint8_t service_type, uint16_t service_id_inst_id,
     bt_uuid_t service_uuid16, uint16_t char_id_inst_id, bt_uuid_t char_uuid16, uint8_t enable) {
-    return send_command("KQ", {hex2(client_if), address, hex2(service_type), hex4(service_id_inst_id),
-                               uuid_reverse(service_uuid16), hex4(char_id_inst_id),
-                               uuid_reverse(char_uuid16), hex2(enable)});
+    return send_command<tag("KQ")>(hex2(client_if), address, hex2(service_type),
+                                   hex4(service_id_inst_id), uuid_reverse(service_uuid16),
+                                   hex4(char_id_inst_id), uuid_reverse(char_uuid16), hex2(enable));
 }
 
 bt_status_t vym_gatt_connection_parameter_update(uint8_t client_if, bt_bdaddr_t address,
                                                  uint16_t minInterval, uint16_t maxInterval,
                                                  uint16_t latency, uint16_t timeout) {
-    return send_command("KR", {hex2(client_if), address, hex4(minInterval), hex4(maxInterval),
-                               hex4(latency), hex4(timeout)});
+    return send_command<tag("KR")>(hex2(client_if), address, hex4(minInterval), hex4(maxInterval),
+                                   hex4(latency), hex4(timeout));
 }
 
 bt_status_t vym_gatt_client_read_remote_rssi(uint8_t client_if, bt_bdaddr_t address) {
-    return send_command("KU", {hex2(client_if), address});
+    return send_command<tag("KU")>(hex2(client_if), address);
 }
 
 bt_status_t vym_gatt_client_configure_mtu(uint16_t conn_id, uint16_t mtu) {
-    return send_command("KY", {hex4(conn_id), hex4(mtu)});
+    return send_command<tag("KY")>(hex4(conn_id), hex4(mtu));
 }
 
 bt_status_t vym_gatt_client_register_client(bt_uuid_t uuid) {
-    return send_command("KA", {uuid_reverse(uuid)});
+    return send_command<tag("KA")>(uuid_reverse(uuid));
 }
 
 bt_status_t vym_gatt_client_unregister_client(uint8_t client_if) {
-    return send_command("KB", {hex2(client_if)});
+    return send_command<tag("KB")>(hex2(client_if));
 }
 
 bt_status_t vym_gatt_client_connect_impl(uint8_t client_if, bt_bdaddr_t address, uint8_t is_direct,
                                          uint8_t transport) {
-    return send_command("KE", {hex2(client_if), address, hex2(is_direct), hex2(transport)});
+    return send_command<tag("KE")>(hex2(client_if), address, hex2(is_direct), hex2(transport));
 }
 
 bt_status_t vym_gatt_client_dump(uint16_t conn_id) {
-    return send_command("KV", {hex4(conn_id)});
+    return send_command<tag("KV")>(hex4(conn_id));
 }
 
 bt_status_t vym_gatt_cleanup(void) {
-    return send_command("KW");
+    return send_command<tag("KW")>();
 }
 
 bt_status_t vym_gatt_send_data(uint16_t len, uint8_t* data) {
-    return send_command("KSB", {block(data, len)});
+    return send_command<tag("KSB")>(block(data, len));
 }
 
 bt_status_t vym_gatt_test(int command, long int uuid1_lsb, long int uuid1_msb, bt_bdaddr_t address,
                           int p1, int p2, int p3, int p4, int p5) {
-    return send_command("KT", {hex8(command), hex8(uuid1_lsb), hex8(uuid1_msb), address, hex8(p1),
-                               hex8(p2), hex8(p3), hex8(p4), hex2_or_more(p5)});
+    return send_command<tag("KT")>(hex8(command), hex8(uuid1_lsb), hex8(uuid1_msb), address, hex8(p1),
+                                   hex8(p2), hex8(p3), hex8(p4), hex2_or_more(p5));
 }
 
 } // extern "C"

@@ -18,6 +18,7 @@ using vym::hex2;
 using vym::hex4;
 using vym::pass_on;
 using vym::send_command;
+using vym::tag;
 using vym::uuid_reverse;
 
 constexpr uint16_t kAnyRead =
@@ -77,75 +78,76 @@ bt_status_t vym_gatt_server_unregister_client(uint8_t client_if) {
 }
 
 bt_status_t vym_gatt_server_register_app(bt_uuid_t uuid16) {
-    return send_command("JA", {uuid_reverse(uuid16)});
+    return send_command<tag("JA")>(uuid_reverse(uuid16));
 }
 
 bt_status_t vym_gatt_server_unregister_app(uint8_t server_if) {
-    return send_command("JC", {hex2(server_if)});
+    return send_command<tag("JC")>(hex2(server_if));
 }
 
 bt_status_t vym_gatt_server_connect(uint8_t server_if, bt_bdaddr_t address, uint8_t is_direct) {
-    return send_command("JD", {hex2(server_if), address, hex2(is_direct)});
+    return send_command<tag("JD")>(hex2(server_if), address, hex2(is_direct));
 }
 
 bt_status_t vym_gatt_server_disconnect(uint8_t server_if, bt_bdaddr_t address, uint16_t conn_id) {
-    return send_command("JE", {hex2(server_if), address, hex4(conn_id)});
+    return send_command<tag("JE")>(hex2(server_if), address, hex4(conn_id));
 }
 
 bt_status_t vym_gatt_server_add_service(uint8_t server_if, uint8_t service_type,
                                         uint16_t service_id_inst_id, bt_uuid_t service_uuid,
                                         uint8_t num_handles) {
-    return send_command("JF", {hex2(server_if), hex2(service_type), hex4(service_id_inst_id),
-                               uuid_reverse(service_uuid), hex2(num_handles)});
+    return send_command<tag("JF")>(hex2(server_if), hex2(service_type), hex4(service_id_inst_id),
+                                   uuid_reverse(service_uuid), hex2(num_handles));
 }
 
 bt_status_t vym_gatt_server_add_included_service(uint8_t server_if, uint16_t svc_handle,
                                                  uint16_t included_svc_handle) {
-    return send_command("JG", {hex2(server_if), hex4(svc_handle), hex4(included_svc_handle)});
+    return send_command<tag("JG")>(hex2(server_if), hex4(svc_handle), hex4(included_svc_handle));
 }
 
 // The permissions go as they are here and simplified with descriptors: servers expect just that.
 bt_status_t vym_gatt_server_add_characteristic(uint8_t server_if, uint16_t svc_handle,
                                                bt_uuid_t char_uuid, uint8_t properties,
                                                uint16_t permissions) {
-    return send_command("JH", {hex2(server_if), hex4(svc_handle), uuid_reverse(char_uuid),
-                               hex2(properties), hex4(permissions)});
+    return send_command<tag("JH")>(hex2(server_if), hex4(svc_handle), uuid_reverse(char_uuid),
+                                   hex2(properties), hex4(permissions));
 }
 
 bt_status_t vym_gatt_server_add_descriptor(uint8_t server_if, uint16_t svc_handle, bt_uuid_t desc_uuid,
                                            uint16_t permissions) {
-    return send_command("JI", {hex2(server_if), hex4(svc_handle), uuid_reverse(desc_uuid),
-                               hex4(convert_permissions(permissions))});
+    return send_command<tag("JI")>(hex2(server_if), hex4(svc_handle), uuid_reverse(desc_uuid),
+                                   hex4(convert_permissions(permissions)));
 }
 
 bt_status_t vym_gatt_server_start_service(uint8_t server_if, uint16_t svc_handle, uint8_t transport) {
-    return send_command("JJ", {hex2(server_if), hex4(svc_handle), hex2(transport)});
+    return send_command<tag("JJ")>(hex2(server_if), hex4(svc_handle), hex2(transport));
 }
 
 bt_status_t vym_gatt_server_stop_service(uint8_t server_if, uint16_t svc_handle) {
-    return send_command("JK", {hex2(server_if), hex4(svc_handle)});
+    return send_command<tag("JK")>(hex2(server_if), hex4(svc_handle));
 }
 
 bt_status_t vym_gatt_server_delete_service(uint8_t server_if, uint16_t svc_handle) {
-    return send_command("JL", {hex2(server_if), hex4(svc_handle)});
+    return send_command<tag("JL")>(hex2(server_if), hex4(svc_handle));
 }
 
 bt_status_t vym_gatt_server_send_indication(uint8_t server_if, uint16_t attr_handle, uint16_t conn_id,
                                             uint8_t confirm, uint16_t valLen, uint8_t* val) {
-    return send_command(
-        "JM", {hex2(server_if), hex4(attr_handle), hex4(conn_id), hex2(confirm), block(val, valLen)});
+    return send_command<tag("JM")>(hex2(server_if), hex4(attr_handle), hex4(conn_id), hex2(confirm),
+                                   block(val, valLen));
 }
 
 bt_status_t vym_gatt_server_send_notification(uint8_t server_if, uint16_t attr_handle, uint16_t conn_id,
                                               uint16_t valLen, uint8_t* val) {
-    return send_command("JN", {hex2(server_if), hex4(attr_handle), hex4(conn_id), block(val, valLen)});
+    return send_command<tag("JN")>(hex2(server_if), hex4(attr_handle), hex4(conn_id),
+                                   block(val, valLen));
 }
 
 bt_status_t vym_gatt_server_send_response(uint8_t server_if, uint16_t conn_id, uint16_t trans_id,
                                           uint8_t status, uint16_t handle, uint16_t off,
                                           uint8_t auth_req, uint16_t valLen, uint8_t* val) {
-    return send_command("JO", {hex2(server_if), hex4(conn_id), hex4(trans_id), hex2(status),
-                               hex4(handle), hex4(off), hex2(auth_req), block(val, valLen)});
+    return send_command<tag("JO")>(hex2(server_if), hex4(conn_id), hex4(trans_id), hex2(status),
+                                   hex4(handle), hex4(off), hex2(auth_req), block(val, valLen));
 }
 
 uint16_t convert_permissions(uint16_t permission) {

@@ -16,6 +16,7 @@ namespace {
 using vym::hex2;
 using vym::hex4;
 using vym::send_command;
+using vym::tag;
 using vym::text;
 
 // The number that the log line has always shown.
@@ -53,51 +54,51 @@ void vym_hfp_done(void) {
 }
 
 bt_status_t vym_hfp_connect(bt_bdaddr_t address) {
-    return send_command("HA", {address});
+    return send_command<tag("HA")>(address);
 }
 
 bt_status_t vym_hfp_disconnect(bt_bdaddr_t address) {
-    return send_command("HB", {address});
+    return send_command<tag("HB")>(address);
 }
 
 bt_status_t vym_hfp_connect_audio(bt_bdaddr_t address) {
-    return send_command("HC", {address});
+    return send_command<tag("HC")>(address);
 }
 
 bt_status_t vym_hfp_disconnect_audio(bt_bdaddr_t address) {
-    return send_command("HD", {address});
+    return send_command<tag("HD")>(address);
 }
 
 bt_status_t vym_hfp_start_voice_recognition(void) {
-    return send_command("HE");
+    return send_command<tag("HE")>();
 }
 
 bt_status_t vym_hfp_stop_voice_recognition(void) {
-    return send_command("HF");
+    return send_command<tag("HF")>();
 }
 
 bt_status_t vym_hfp_volume_control(uint8_t type, uint16_t volume) {
-    return send_command("HG", {hex2(type), hex4(volume)});
+    return send_command<tag("HG")>(hex2(type), hex4(volume));
 }
 
 bt_status_t vym_hfp_dial(char* number) {
-    return send_command("HH", {text(number)});
+    return send_command<tag("HH")>(text(number));
 }
 
 bt_status_t vym_hfp_dial_memory(uint8_t location) {
-    return send_command("HI", {hex2(location)});
+    return send_command<tag("HI")>(hex2(location));
 }
 
 bt_status_t vym_hfp_send_dtmf(uint8_t code) {
-    return send_command("HN", {hex2(code)});
+    return send_command<tag("HN")>(hex2(code));
 }
 
 bt_status_t vym_hfp_query_last_voice_tag_name(void) {
-    return send_command("HO");
+    return send_command<tag("HO")>();
 }
 
 bt_status_t vym_hfp_switch_mic_state(uint8_t to_mute) {
-    return send_command("HR", {hex2(to_mute)});
+    return send_command<tag("HR")>(hex2(to_mute));
 }
 
 bt_status_t vym_hfp_accept_call(bt_bdaddr_t address, accept_flag_t flag) {
@@ -123,27 +124,27 @@ bt_status_t vym_hfp_accept_call_with_retry(bt_bdaddr_t address, accept_flag_t fl
 }
 
 bt_status_t vym_hfp_handle_call_action(uint8_t action, uint8_t idx) {
-    return send_command("HJ", {hex2(action), hex2(idx)});
+    return send_command<tag("HJ")>(hex2(action), hex2(idx));
 }
 
 bt_status_t vym_hfp_query_current_calls(void) {
-    return send_command("HK");
+    return send_command<tag("HK")>();
 }
 
 bt_status_t vym_hfp_query_current_operator_name(void) {
-    return send_command("HL");
+    return send_command<tag("HL")>();
 }
 
 bt_status_t vym_hfp_retrieve_subscriber_info(void) {
-    return send_command("HM");
+    return send_command<tag("HM")>();
 }
 
 bt_status_t vym_hfp_send_at_command(uint16_t command, uint16_t val1, uint16_t val2, char* arg) {
-    return send_command("HP", {hex4(command), hex4(val1), hex4(val2), text(arg)});
+    return send_command<tag("HP")>(hex4(command), hex4(val1), hex4(val2), text(arg));
 }
 
 bt_status_t vym_hfp_switch_audio_hw(uint8_t on) {
-    return send_command("HQ", {hex2(on)});
+    return send_command<tag("HQ")>(hex2(on));
 }
 
 } // extern "C"

@@ -17,6 +17,7 @@ using vym::hex2;
 using vym::hex8;
 using vym::pass_on;
 using vym::send_command;
+using vym::tag;
 
 event_parser_t* s_hid_event_parser;
 std::atomic<hid_callback_t*> s_delegate; // the application's table
@@ -54,33 +55,33 @@ bt_status_t vym_hid_register_app(uint8_t subclass, uint16_t name_len, uint8_t* n
                                  uint8_t* description, uint16_t provider_len, uint8_t* provider,
                                  uint16_t desc_len, uint8_t* descriptors, uint16_t p_in_qos_len,
                                  uint8_t* p_in_qos, uint16_t p_out_qos_len, uint8_t* p_out_qos) {
-    return send_command("DA", {hex2(subclass), block(name, name_len), block(description, dc_len),
-                               block(provider, provider_len), block(descriptors, desc_len),
-                               block(p_in_qos, p_in_qos_len), block(p_out_qos, p_out_qos_len)});
+    return send_command<tag("DA")>(hex2(subclass), block(name, name_len), block(description, dc_len),
+                                   block(provider, provider_len), block(descriptors, desc_len),
+                                   block(p_in_qos, p_in_qos_len), block(p_out_qos, p_out_qos_len));
 }
 
 bt_status_t vym_hid_unregister_app(void) {
-    return send_command("DB");
+    return send_command<tag("DB")>();
 }
 
 bt_status_t vym_hid_send_report(uint8_t type, int id, uint16_t data_len, uint8_t* report) {
-    return send_command("DC", {hex2(type), hex8(id), block(report, data_len)});
+    return send_command<tag("DC")>(hex2(type), hex8(id), block(report, data_len));
 }
 
 bt_status_t vym_hid_report_error_impl(uint8_t error) {
-    return send_command("DE", {hex2(error)});
+    return send_command<tag("DE")>(hex2(error));
 }
 
 bt_status_t vym_hid_unplug_impl(void) {
-    return send_command("DF");
+    return send_command<tag("DF")>();
 }
 
 bt_status_t vym_hid_connect(bt_bdaddr_t address) {
-    return send_command("DG", {address});
+    return send_command<tag("DG")>(address);
 }
 
 bt_status_t vym_hid_disconnect(void) {
-    return send_command("DH");
+    return send_command<tag("DH")>();
 }
 
 } // extern "C"

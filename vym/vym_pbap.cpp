@@ -17,6 +17,7 @@ using vym::hex2;
 using vym::hex4;
 using vym::hex8;
 using vym::send_command;
+using vym::tag;
 using vym::text;
 
 event_parser_t* s_pbap_event_parser;
@@ -39,11 +40,11 @@ void vym_pbap_done(void) {
 }
 
 bt_status_t vym_pbap_connect(bt_bdaddr_t address) {
-    return send_command("TC", {address});
+    return send_command<tag("TC")>(address);
 }
 
 bt_status_t vym_pbap_disconnect(bt_bdaddr_t address) {
-    return send_command("TD", {address});
+    return send_command<tag("TD")>(address);
 }
 
 int vym_pbap_is_connected(void) {
@@ -51,7 +52,7 @@ int vym_pbap_is_connected(void) {
 }
 
 bt_status_t vym_pbap_get_phonebook(sync_type_t type, uint16_t offset, uint16_t count) {
-    return send_command("TA", {hex2(static_cast<uint8_t>(type)), hex4(offset), hex4(count)});
+    return send_command<tag("TA")>(hex2(static_cast<uint8_t>(type)), hex4(offset), hex4(count));
 }
 
 bt_status_t vym_pbap_get_phonebook_size(sync_type_t type) {
@@ -60,15 +61,15 @@ bt_status_t vym_pbap_get_phonebook_size(sync_type_t type) {
 }
 
 bt_status_t vym_pbap_cancel_get_phonebook(void) {
-    return send_command("TW");
+    return send_command<tag("TW")>();
 }
 
 bt_status_t vym_pbap_filter_mask(mask_type_t mask) {
-    return send_command("TM", {hex8(mask)});
+    return send_command<tag("TM")>(hex8(mask));
 }
 
 bt_status_t vym_pbap_pull_vcard_by_number(int index, char* number) {
-    return send_command("TN", {hex8(index), text(number)});
+    return send_command<tag("TN")>(hex8(index), text(number));
 }
 
 void schedule_pbap_event(int event, void* param) {

@@ -20,6 +20,7 @@ namespace {
 using vym::hex2;
 using vym::hex8;
 using vym::send_command;
+using vym::tag;
 
 constexpr int kListenSeconds = 5;
 
@@ -59,7 +60,7 @@ vym_bluetooth_socket_t* vym_rfcomm_connect(bt_bdaddr_t address, bt_uuid_t uuid, 
 }
 
 bt_status_t vym_rfcomm_disconnect(int handle) {
-    return send_command("SF", {hex8(handle)});
+    return send_command<tag("SF")>(hex8(handle));
 }
 
 vym_bluetooth_server_socket_t* vym_rfcomm_listen(bt_uuid_t uuid, uint8_t port, char* service_name) {
@@ -148,7 +149,7 @@ bt_status_t vym_rfcomm_server_close(vym_bluetooth_server_socket_t* sock) {
 }
 
 bt_status_t vym_rfcomm_server_disconnect(uint8_t channel) {
-    return send_command("SN", {hex2(channel)});
+    return send_command<tag("SN")>(hex2(channel));
 }
 
 bt_bdaddr_t vym_rfcomm_get_address(vym_bluetooth_socket_t* socket) {
@@ -161,7 +162,7 @@ bt_bdaddr_t vym_rfcomm_get_address(vym_bluetooth_socket_t* socket) {
 }
 
 bt_status_t vym_rfcomm_fetch_channels(bt_bdaddr_t address, bt_uuid_t uuid) {
-    return send_command("SM", {address, vym::uuid_reverse(uuid)});
+    return send_command<tag("SM")>(address, vym::uuid_reverse(uuid));
 }
 
 int vym_rfcomm_read_error(void) {

@@ -18,6 +18,7 @@ using app = rfcomm_callback_t;
 using vym::hex2;
 using vym::pass_on;
 using vym::send_command;
+using vym::tag;
 
 std::atomic<rfcomm_callback_t*> s_delegate; // the application's table
 
@@ -114,12 +115,12 @@ void vym_rfcomm_set_delegate(rfcomm_callback_t* cbk) {
 }
 
 bt_status_t vym_rfcomm_connect_impl(bt_bdaddr_t address, bt_uuid_t uuid, uint8_t port) {
-    return send_command("SE", {address, vym::uuid_reverse(uuid), hex2(port)});
+    return send_command<tag("SE")>(address, vym::uuid_reverse(uuid), hex2(port));
 }
 
 bt_status_t vym_rfcomm_listen_impl(bt_uuid_t uuid, uint8_t port, char* service_name) {
-    return send_command("SL", {vym::uuid_reverse(uuid), hex2(port),
-                               vym::text(service_name != nullptr ? service_name : "")});
+    return send_command<tag("SL")>(vym::uuid_reverse(uuid), hex2(port),
+                                   vym::text(service_name != nullptr ? service_name : ""));
 }
 
 void vym_rfcomm_clear_events(void) {
