@@ -2,11 +2,13 @@
 // Copyright (c) 2026 The vym authors
 
 // What no client can be quicker than: the system calls alone.
+// The variant's words:
 //   plain    read and look for the end; write; write and read
 //   append   the same, and each message appended to a file with one gathered write
 //   poll     wait for this socket and another one, then receive with room for descriptors
 //   decode   read, every field of the notification decoded, and a callback
 //   handover an answer is read by one thread and given to the one that asked
+//   second   there is a second thread, which does nothing: the kernel's work for a message is more then
 
 #include "candidate.h"
 #include "meter.h"
@@ -34,9 +36,9 @@ constexpr char kAskName[] = "AT#BA01\r\n";
 class Appender {
 public:
     explicit Appender(const Job& job)
-        : fd_(job.variant == "append" ? open((job.directory + "/floor.log").c_str(),
-                                             O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0664)
-                                      : -1) {}
+        : fd_(job.has("append") ? open((job.directory + "/floor.log").c_str(),
+                                       O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0664)
+                                : -1) {}
     ~Appender() {
         if (fd_ >= 0) {
             close(fd_);
@@ -53,8 +55,9 @@ public:
         }
         timeval now{};
         gettimeofday(&now, nullptr);
-        std::memcpy(head_.data() + 16, &now.tv_usec, 8);
-        std::array<iovec, 2> parts = {iovec{head_.data(), head_.size()},
+        std::array<char, 28> head{};
+        std::memcpy(head.data() + 16, &now.tv_usec, 8);
+        std::array<iovec, 2> parts = {iovec{head.data(), head.size()},
                                       iovec{const_cast<char*>(text), length}};
         if (writev(fd_, parts.data(), 2) < 0) {
             give_up("append");
@@ -63,7 +66,6 @@ public:
 
 private:
     int fd_;
-    std::array<char, 28> head_{};
 };
 
 struct Notification {
@@ -146,9 +148,9 @@ std::string events(const Job& job) {
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0) {
         give_up("socketpair");
     }
-    const bool polling = job.variant == "poll";
+    const bool polling = job.has("poll");
     const int fd = connect_to(job.socket_path());
-    const bool decoding = job.variant == "decode";
+    const bool decoding = job.has("decode");
     Appender log(job);
     Meter meter(kWarmUp, job.count);
     std::array<char, 4096> room{};
@@ -215,15 +217,19 @@ std::string handed_over(const Job& job) {
     const int fd = connect_to(job.socket_path());
     sem_t answered{};
     sem_init(&answered, 0, 0);
-    std::thread receiver([fd, &answered] {
+    Appender log(job);
+    std::thread receiver([fd, &answered, &log] {
         std::array<char, 4096> room{};
-        while (read(fd, room.data(), room.size()) > 0) {
+        ssize_t got = 0;
+        while ((got = read(fd, room.data(), room.size())) > 0) {
+            log.append(room.data(), static_cast<size_t>(got));
             sem_post(&answered);
         }
     });
     Meter meter(kWarmUp, job.count);
     while (!meter.done()) {
         write_all(fd, kAskName);
+        log.append(kAskName, sizeof kAskName - 1);
         sem_wait(&answered);
         meter.tick();
     }
@@ -237,11 +243,14 @@ std::string handed_over(const Job& job) {
 } // namespace
 
 std::string run(const Job& job) {
+    if (job.has("second")) {
+        std::thread([] { pause(); }).detach();
+    }
     if (job.workload == "command") {
         return commands(job);
     }
     if (job.workload == "round-trip") {
-        return job.variant == "handover" ? handed_over(job) : round_trips(job);
+        return job.has("handover") ? handed_over(job) : round_trips(job);
     }
     return stream(job.workload).events > 0 ? events(job) : std::string();
 }

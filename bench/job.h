@@ -6,19 +6,23 @@
 #define VYM_BENCH_JOB_H
 
 #include <string>
+#include <string_view>
 
 namespace bench {
 
 struct Job {
     /// "event", "flood" and the other names of workload.h, "command", "round-trip", "start".
     std::string workload;
-    /// Which form of the candidate, such as "closed" for a library without its capture.
+    /// Which form of the candidate, in words, such as "closed" for a library without its capture.
     std::string variant;
     /// Where the socket is, and files that the candidate writes.
     std::string directory;
     /// Messages to be measured; those before them, to warm up, come on top.
     long count = 0;
 
+    [[nodiscard]] bool has(std::string_view word) const {
+        return variant.find(word) != std::string::npos;
+    }
     [[nodiscard]] std::string socket_path() const { return directory + "/vym_socket"; }
 };
 

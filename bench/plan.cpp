@@ -17,6 +17,7 @@ const std::vector<Run>& plan() {
     static const std::vector<Run> runs = {
         {"event", "floor", "plain", "floor", kSome},
         {"event", "floor", "poll", "floor, waiting for two", kSome},
+        {"event", "floor", "poll second", "the same with a second thread", kSome},
         {"event", "floor", "append", "floor + append", kSome},
         {"event", "vym", "open", "vym", kSome},
         {"event", "vym", "closed", "vym, no capture", kSome},
@@ -36,6 +37,7 @@ const std::vector<Run>& plan() {
 
         {"command", "floor", "plain", "floor", kSome},
         {"command", "floor", "append", "floor + append", kSome},
+        {"command", "floor", "append second", "the same with a second thread", kSome},
         {"command", "vym", "open", "vym", kSome},
         {"command", "vym", "closed", "vym, no capture", kSome},
         {"command", "wayland", "plain", "libwayland", kSome},
@@ -45,6 +47,7 @@ const std::vector<Run>& plan() {
         {"round-trip", "floor", "plain", "floor", kSome},
         {"round-trip", "floor", "handover", "floor, answer handed over", kSome},
         {"round-trip", "floor", "append", "floor + append", kSome},
+        {"round-trip", "floor", "handover append", "floor + append, answer handed over", kSome},
         {"round-trip", "vym", "open", "vym", kSome},
         {"round-trip", "vym", "closed", "vym, no capture", kSome},
         {"round-trip", "wayland", "plain", "libwayland", kSome},

@@ -65,16 +65,12 @@ void fill_tables(bool mixed) {
     s_tables.avrcp.get_image_result_cb = [](bt_bdaddr_t, uint8_t) { count_one(); };
 }
 
-bool has(const std::string& variant, const char* word) {
-    return variant.find(word) != std::string::npos;
-}
-
 void start(const Job& job) {
     std::string directory = job.directory;
     if (vym_sdk_init_ex(directory.data()) < 0) {
         give_up("vym_sdk_init_ex " + job.directory);
     }
-    if (has(job.variant, "closed")) {
+    if (job.has("closed")) {
         vym_debug_close();
     }
 }
@@ -95,7 +91,7 @@ void start_streaming_profiles() {
 }
 
 void start_profiles_for(const Job& job) {
-    if (has(job.variant, "nine") || job.workload == "mixed") {
+    if (job.has("nine") || job.workload == "mixed") {
         start_other_profiles();
         start_streaming_profiles();
     } else if (job.workload == "phone-book") {
@@ -172,7 +168,7 @@ std::string starts(const Job& job) {
     Meter meter(2, job.count);
     while (!meter.done()) {
         start(job);
-        if (has(job.variant, "nine")) {
+        if (job.has("nine")) {
             start_other_profiles();
             start_streaming_profiles();
         }
