@@ -26,6 +26,7 @@ constexpr long kQuickPart = 40;
 constexpr long kQuickLeast = 20;
 /// Of a capture that is read.
 constexpr long kMegabytes = 400;
+constexpr long kManyMegabytes = 2000;
 
 struct Options {
     int rounds = 5;
@@ -46,15 +47,16 @@ void parse(CLI::App* app, Options* options) {
         ->check(CLI::ExistingDirectory);
     app->add_option("--vymtrace", options->vymtrace, "Measure this vymtrace, too")
         ->check(CLI::ExistingFile);
-    app->add_option("--only", options->workloads, "Only these workloads");
+    app->add_option("--only", options->workloads,
+                    "Only these workloads: event, flood, command, round-trip, ..., reading");
     app->add_option("--size", options->sizes, "LABEL=FILE: show this library's size, too");
     app->add_flag("--quick", options->quick, "One short round that only shows that everything works");
     app->add_flag("!--no-counts", options->count, "Without instructions and system calls");
 }
 
-bool wanted(const Options& options, const Run& run) {
+bool wanted(const Options& options, std::string_view workload) {
     return options.workloads.empty() || std::find(options.workloads.begin(), options.workloads.end(),
-                                                  run.workload) != options.workloads.end();
+                                                  workload) != options.workloads.end();
 }
 
 void progress(const std::string& what) {
@@ -95,24 +97,43 @@ void count(const Bench& bench, Results* results) {
     }
 }
 
+bool measure_reading(const Options& options, const Bench& bench, long megabytes,
+                     bench::Reading* reading) {
+    const bool good = bench::measure(options.vymtrace, bench.processor(), megabytes, reading);
+    if (!good) {
+        std::fprintf(stderr, "\nvym_bench: no result of %s\n", reading->label.c_str());
+    }
+    return good;
+}
+
+/// Whether memory depends on how long the capture is.
+bool measure_growth(const Options& options, const Bench& bench, bench::Reading* reading) {
+    progress("2 GB: " + reading->label);
+    bench::Reading large = *reading;
+    large.resident_kib = 0;
+    const bool good = measure_reading(options, bench, kManyMegabytes, &large);
+    reading->grown_kib = large.resident_kib - reading->resident_kib;
+    return good;
+}
+
 /// False when a run has failed.
 bool measure_readings(const Options& options, const Bench& bench, Results* results) {
-    if (options.vymtrace.empty() || !options.workloads.empty()) {
+    if (options.vymtrace.empty() || !wanted(options, "reading")) {
         return true;
     }
     bool good = true;
     results->readings = bench::readings();
     const int rounds = options.quick ? 1 : options.rounds;
+    const long megabytes = options.quick ? kMegabytes / kQuickPart : kMegabytes;
     for (int round = 0; round < rounds; ++round) {
         for (bench::Reading& reading : results->readings) {
             progress("round " + std::to_string(round + 1) + " of " + std::to_string(rounds) + ": " +
                      reading.label);
-            if (!bench::measure(options.vymtrace, bench.processor(),
-                                options.quick ? kMegabytes / kQuickPart : kMegabytes, &reading)) {
-                std::fprintf(stderr, "\nvym_bench: no result of %s\n", reading.label.c_str());
-                good = false;
-            }
+            good &= measure_reading(options, bench, megabytes, &reading);
         }
+    }
+    for (bench::Reading& reading : results->readings) {
+        good &= options.quick || measure_growth(options, bench, &reading);
     }
     return good;
 }
@@ -142,7 +163,7 @@ int run(const Options& options) {
     const Bench bench(std::filesystem::read_symlink("/proc/self/exe").parent_path(), options.directory);
     Results results;
     for (const Run& run : bench::plan()) {
-        if (wanted(options, run) && bench.has(run.candidate)) {
+        if (wanted(options, run.workload) && bench.has(run.candidate)) {
             Row row;
             row.run = &run;
             results.rows.push_back(row);

@@ -47,7 +47,7 @@ const std::vector<Run>& plan() {
         {"round-trip", "floor", "plain", "floor", kSome},
         {"round-trip", "floor", "handover", "floor, answer handed over", kSome},
         {"round-trip", "floor", "append", "floor + append", kSome},
-        {"round-trip", "floor", "handover append", "floor + append, answer handed over", kSome},
+        {"round-trip", "floor", "handover append", "floor + append, handed over", kSome},
         {"round-trip", "vym", "open", "vym", kSome},
         {"round-trip", "vym", "closed", "vym, no capture", kSome},
         {"round-trip", "wayland", "plain", "libwayland", kSome},

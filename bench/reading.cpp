@@ -80,7 +80,7 @@ double middle_of(std::vector<double> values) {
 }
 
 std::vector<Reading> readings() {
-    return {{"vymtrace, text", "", {}, 0}, {"vymtrace, JSON", "--json", {}, 0}};
+    return {{"vymtrace, text", "", {}, 0, {}}, {"vymtrace, JSON", "--json", {}, 0, {}}};
 }
 
 bool measure(const std::string& program, int processor, long megabytes, Reading* reading) {

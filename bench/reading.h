@@ -19,6 +19,8 @@ struct Reading {
     /// CPU time for each byte of the capture, one of each round.
     std::vector<double> ns_of_rounds;
     double resident_kib = 0;
+    /// How much more memory a capture of 2 GB takes; not known of a quick run.
+    std::optional<double> grown_kib;
 
     [[nodiscard]] double median_ns() const;
 };

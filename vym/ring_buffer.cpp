@@ -16,11 +16,17 @@ ring_buffer_impl_t* impl_of(ring_buffer_t* rb) {
     return reinterpret_cast<ring_buffer_impl_t*>(rb);
 }
 
+/// Where `at`, which is at most one round ahead, is in the buffer. Not by dividing: 32-bit ARM may have
+/// to do that in software.
+size_t wrapped(const ring_buffer_impl_t* rb, size_t at) {
+    return at < rb->buf_size ? at : at - rb->buf_size;
+}
+
 void copy_in(ring_buffer_impl_t* rb, const unsigned char* from, size_t n) {
     const size_t first = std::min(n, rb->buf_size - rb->write_idx);
     memcpy(rb->audio_data_queue + rb->write_idx, from, first);
     memcpy(rb->audio_data_queue, from + first, n - first);
-    rb->write_idx = (rb->write_idx + n) % rb->buf_size;
+    rb->write_idx = wrapped(rb, rb->write_idx + n);
     rb->delta += n;
 }
 
@@ -28,7 +34,7 @@ void copy_out(ring_buffer_impl_t* rb, unsigned char* to, size_t n) {
     const size_t first = std::min(n, rb->buf_size - rb->read_idx);
     memcpy(to, rb->audio_data_queue + rb->read_idx, first);
     memcpy(to + first, rb->audio_data_queue, n - first);
-    rb->read_idx = (rb->read_idx + n) % rb->buf_size;
+    rb->read_idx = wrapped(rb, rb->read_idx + n);
     rb->delta -= n;
 }
 
