@@ -3,6 +3,8 @@
 
 #include "plan.h"
 
+#include <iterator>
+
 namespace bench {
 namespace {
 
@@ -11,69 +13,71 @@ constexpr long kSome = 20000;
 constexpr long kTenMillion = 10000000;
 constexpr long kFew = 100;
 
+constexpr Run kRuns[] = {
+    {"event", "floor", "plain", "floor", kSome},
+    {"event", "floor", "poll", "floor, waiting for two", kSome},
+    {"event", "floor", "poll second", "the same with a second thread", kSome},
+    {"event", "floor", "append", "floor + append", kSome},
+    {"event", "vym", "open", "vym", kSome},
+    {"event", "vym", "closed", "vym, no capture", kSome},
+    {"event", "wayland", "plain", "libwayland", kSome},
+    {"event", "sdbus", "plain", "sd-bus", kSome},
+    {"event", "libdbus", "plain", "libdbus", kSome},
+
+    {"flood", "floor", "plain", "floor", kMany},
+    {"flood", "floor", "decode", "floor, decoded", kMany},
+    {"flood", "floor", "append", "floor + append", kMany},
+    {"flood", "vym", "open", "vym", kMany},
+    {"flood", "vym", "closed", "vym, no capture", kMany},
+    {"flood", "vym", "nine closed", "vym, nine profiles, no capture", kMany},
+    {"flood", "wayland", "plain", "libwayland", kMany},
+    {"flood", "sdbus", "plain", "sd-bus", kMany / 8},
+    {"flood", "libdbus", "plain", "libdbus", kMany / 8},
+
+    {"command", "floor", "plain", "floor", kSome},
+    {"command", "floor", "append", "floor + append", kSome},
+    {"command", "floor", "append second", "the same with a second thread", kSome},
+    {"command", "vym", "open", "vym", kSome},
+    {"command", "vym", "closed", "vym, no capture", kSome},
+    {"command", "wayland", "plain", "libwayland", kSome},
+    {"command", "sdbus", "plain", "sd-bus", kSome},
+    {"command", "libdbus", "plain", "libdbus", kSome},
+
+    {"round-trip", "floor", "plain", "floor", kSome},
+    {"round-trip", "floor", "handover", "floor, answer handed over", kSome},
+    {"round-trip", "floor", "append", "floor + append", kSome},
+    {"round-trip", "floor", "handover append", "floor + append, handed over", kSome},
+    {"round-trip", "vym", "open", "vym", kSome},
+    {"round-trip", "vym", "closed", "vym, no capture", kSome},
+    {"round-trip", "wayland", "plain", "libwayland", kSome},
+    {"round-trip", "sdbus", "plain", "sd-bus", kSome},
+    {"round-trip", "libdbus", "plain", "libdbus", kSome},
+
+    {"mixed", "floor", "plain", "floor", kMany},
+    {"mixed", "vym", "nine open", "vym", kMany},
+    {"mixed", "vym", "nine closed", "vym, no capture", kMany},
+
+    {"phone-book", "floor", "plain", "floor", kMany},
+    {"phone-book", "vym", "open", "vym", kMany},
+    {"phone-book", "vym", "closed", "vym, no capture", kMany},
+
+    {"hall", "floor", "plain", "floor", kMany},
+    {"hall", "vym", "open", "vym", kMany},
+    {"hall", "vym", "closed", "vym, no capture", kMany},
+
+    {"first-tag", "vym", "closed", "vym, no capture", kMany},
+    {"last-tag", "vym", "closed", "vym, no capture", kMany},
+
+    {"ten-million", "vym", "closed", "vym, no capture", kTenMillion},
+
+    {"start", "vym", "open", "vym, core", kFew},
+    {"start", "vym", "nine open", "vym, nine profiles", kFew},
+};
+
 } // namespace
 
 const std::vector<Run>& plan() {
-    static const std::vector<Run> runs = {
-        {"event", "floor", "plain", "floor", kSome},
-        {"event", "floor", "poll", "floor, waiting for two", kSome},
-        {"event", "floor", "poll second", "the same with a second thread", kSome},
-        {"event", "floor", "append", "floor + append", kSome},
-        {"event", "vym", "open", "vym", kSome},
-        {"event", "vym", "closed", "vym, no capture", kSome},
-        {"event", "wayland", "plain", "libwayland", kSome},
-        {"event", "sdbus", "plain", "sd-bus", kSome},
-        {"event", "libdbus", "plain", "libdbus", kSome},
-
-        {"flood", "floor", "plain", "floor", kMany},
-        {"flood", "floor", "decode", "floor, decoded", kMany},
-        {"flood", "floor", "append", "floor + append", kMany},
-        {"flood", "vym", "open", "vym", kMany},
-        {"flood", "vym", "closed", "vym, no capture", kMany},
-        {"flood", "vym", "nine closed", "vym, nine profiles, no capture", kMany},
-        {"flood", "wayland", "plain", "libwayland", kMany},
-        {"flood", "sdbus", "plain", "sd-bus", kMany / 8},
-        {"flood", "libdbus", "plain", "libdbus", kMany / 8},
-
-        {"command", "floor", "plain", "floor", kSome},
-        {"command", "floor", "append", "floor + append", kSome},
-        {"command", "floor", "append second", "the same with a second thread", kSome},
-        {"command", "vym", "open", "vym", kSome},
-        {"command", "vym", "closed", "vym, no capture", kSome},
-        {"command", "wayland", "plain", "libwayland", kSome},
-        {"command", "sdbus", "plain", "sd-bus", kSome},
-        {"command", "libdbus", "plain", "libdbus", kSome},
-
-        {"round-trip", "floor", "plain", "floor", kSome},
-        {"round-trip", "floor", "handover", "floor, answer handed over", kSome},
-        {"round-trip", "floor", "append", "floor + append", kSome},
-        {"round-trip", "floor", "handover append", "floor + append, handed over", kSome},
-        {"round-trip", "vym", "open", "vym", kSome},
-        {"round-trip", "vym", "closed", "vym, no capture", kSome},
-        {"round-trip", "wayland", "plain", "libwayland", kSome},
-        {"round-trip", "sdbus", "plain", "sd-bus", kSome},
-        {"round-trip", "libdbus", "plain", "libdbus", kSome},
-
-        {"mixed", "floor", "plain", "floor", kMany},
-        {"mixed", "vym", "nine open", "vym", kMany},
-        {"mixed", "vym", "nine closed", "vym, no capture", kMany},
-
-        {"phone-book", "floor", "plain", "floor", kMany},
-        {"phone-book", "vym", "open", "vym", kMany},
-        {"phone-book", "vym", "closed", "vym, no capture", kMany},
-
-        {"hall", "floor", "plain", "floor", kMany},
-        {"hall", "vym", "open", "vym", kMany},
-        {"hall", "vym", "closed", "vym, no capture", kMany},
-
-        {"first-tag", "vym", "closed", "vym, no capture", kMany},
-        {"last-tag", "vym", "closed", "vym, no capture", kMany},
-
-        {"ten-million", "vym", "closed", "vym, no capture", kTenMillion},
-
-        {"start", "vym", "open", "vym, core", kFew},
-        {"start", "vym", "nine open", "vym, nine profiles", kFew},
-    };
+    static const std::vector<Run> runs(std::begin(kRuns), std::end(kRuns));
     return runs;
 }
 

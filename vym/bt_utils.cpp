@@ -36,14 +36,27 @@ int32_t to_long32(const char* text, int base) {
 constexpr size_t kWidest = 16;
 constexpr unsigned kNoDigit = 0xFF;
 
-unsigned digit_value(char c) {
-    const unsigned byte = static_cast<unsigned char>(c);
-    const unsigned digit = byte - '0';
-    if (digit < 10) {
-        return digit;
+struct digit_values {
+    uint8_t of[256];
+};
+
+constexpr digit_values make_digit_values() {
+    digit_values values{};
+    for (uint8_t& value : values.of) {
+        value = kNoDigit;
     }
-    const unsigned letter = (byte | 0x20) - 'a';
-    return letter < 6 ? letter + 10 : kNoDigit;
+    for (uint8_t digit = 0; digit < 16; ++digit) {
+        const int letter = digit - 10;
+        values.of[letter < 0 ? '0' + digit : 'A' + letter] = digit;
+        values.of[letter < 0 ? '0' + digit : 'a' + letter] = digit;
+    }
+    return values;
+}
+
+constexpr digit_values kDigits = make_digit_values();
+
+unsigned digit_value(char c) {
+    return kDigits.of[static_cast<unsigned char>(c)];
 }
 
 // One field, never reading behind it nor behind the text's NUL.
