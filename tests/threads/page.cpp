@@ -109,7 +109,8 @@ for. To make it anew: `VYM_WRITE_THREADS_PAGE=1 ctest --preset dev -R ThreadsPag
 The library has these threads of its own: the **receive thread**, which reads the server's events and calls every callback
 of every profile, one after the other; one **reader** for each audio descriptor and one for each serial data descriptor,
 between their hand-over and their end. All callbacks come from the receive thread but one: audio packets come from the
-audio reader, and no lock is held then. The application's own threads may be as many as it likes.
+audio reader, and no lock is held then. The application's own threads may be as many as it likes. None may be cancelled
+(`pthread_cancel`) while it is inside a function of the library: what it had locked would stay locked.
 
 ## The functions
 
