@@ -4,6 +4,7 @@
 // A server that goes away, falls silent or stops reading, and an application that ends in the middle of
 // it: what waits by nature goes on waiting until it is told to end, everything else returns.
 
+#include "wire/adapter_support.h"
 #include "wire/rfcomm_support.h"
 
 #include "vym_audio_stream.h"
@@ -15,16 +16,20 @@ namespace {
 
 using support::SocketPair;
 
+constexpr unsigned kClass = 0x240404;
+const std::string kClassEvent =
+    support::Event(wire::AdapterProperties({wire::Record(4, wire::Number(kClass))}));
+
 class LostServer : public support::AdapterTest {};
 
 TEST_F(LostServer, LeavesEveryCallThatHasALimit) {
-    Server().Send(support::Event("PA01"));
+    Server().Send(support::Event("PA01") + kClassEvent);
     ASSERT_TRUE(Session().EventsAreHandled());
     Server().CloseClient();
     Server().StopListening();
     EXPECT_EQ(vym_bluetooth_enable(), BT_STATUS_SUCCESS);
     EXPECT_EQ(vym_bluetooth_start_discovery(), BT_STATUS_SUCCESS);
-    EXPECT_EQ(vym_bluetooth_get_class(), 0);
+    EXPECT_EQ(vym_bluetooth_get_class(), static_cast<int>(kClass));
     EXPECT_EQ(vym_bluetooth_get_state(), 1);
     EXPECT_EQ(vym_audio_stream_send(AUDIO_STREAM_TYPE_SCO, 0, 0, nullptr), -1);
     vym_sdk_done();
@@ -93,11 +98,13 @@ TEST_F(FullServer, LetsAWriterGoAtTheLibrarysEnd) {
 class EndWhileWaiting : public wire::RfcommTest {};
 
 TEST_F(EndWhileWaiting, FreesAGetterAfterItsSecond) {
+    Server().Send(kClassEvent);
+    ASSERT_TRUE(Session().EventsAreHandled());
     wire::Sleeper<int> getter(vym_bluetooth_get_class);
     Server().ExpectCommand("AT#BA04\r\n");
     vym_bluetooth_done();
     vym_sdk_done();
-    EXPECT_EQ(getter.Get(), 0);
+    EXPECT_EQ(getter.Get(), static_cast<int>(kClass));
 }
 
 TEST_F(EndWhileWaiting, FreesReadersAndAcceptsOfALostServer) {
