@@ -46,11 +46,12 @@ void give_up(const std::string& what) {
     std::exit(1);
 }
 
+// Its name is there only when it listens: that is what the clients are started by.
 Listener::Listener(const std::string& path) : fd_(unix_socket()) {
-    const sockaddr_un address = address_of(path);
-    unlink(path.c_str());
+    const std::string early = path + ".early";
+    const sockaddr_un address = address_of(early);
     if (bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(fd_, kBacklog) != 0) {
+        listen(fd_, kBacklog) != 0 || rename(early.c_str(), path.c_str()) != 0) {
         give_up(path);
     }
 }

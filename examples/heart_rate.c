@@ -44,8 +44,7 @@ static int is_uuid(bt_uuid_t one, const bt_uuid_t* other) {
 
 static void on_scan_name(bt_bdaddr_t address, uint16_t length, uint8_t* name) {
     char text[18];
-    say("   %s  \"%.*s\"", address_text(address, text), (int)length,
-        length > 0 ? (const char*)name : "");
+    say("   %s  \"%.*s\"", address_text(address, text), length, length > 0 ? (char*)name : "");
     if (length == strlen("Heart strap") && memcmp(name, "Heart strap", length) == 0) {
         strap.address = address;
         note(&strap.found, 1);

@@ -97,9 +97,7 @@ static void on_write(bt_bdaddr_t address, uint16_t connection, uint16_t transact
         say("   it %s", length > 0 && value[0] != 0 ? "subscribes" : "unsubscribes");
         note(&sensor.subscribed, length > 0 && value[0] != 0);
     } else if (handle == sensor.name_handle && offset + length <= NAME_ROOM) {
-        if (length > 0) { /* an empty value comes without a pointer */
-            memcpy(sensor.name + offset, value, length);
-        }
+        memcpy(sensor.name + offset, value != NULL ? (char*)value : "", length);
         sensor.name_length = (uint16_t)(offset + length);
         say("   it %s \"%.*s\"", is_prepared ? "prepares to call us" : "calls us", sensor.name_length,
             sensor.name);

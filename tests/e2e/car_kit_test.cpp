@@ -31,7 +31,7 @@ uint32_t NumberAt(const std::string& bytes, size_t at, size_t size) {
 // The header of 16-bit stereo at 44,100 samples per second, byte by byte, but for the two lengths.
 void ExpectMusic(const std::string& wav) {
     constexpr size_t kHeader = 44;
-    constexpr size_t kOneSecond = 44100 * 4;
+    constexpr size_t kOneSecond = size_t{44100} * 4;
     ASSERT_GE(wav.size(), kHeader + kOneSecond) << "fifty packets of 20 ms";
     EXPECT_EQ(wav.substr(0, 4), "RIFF");
     EXPECT_EQ(NumberAt(wav, 4, 4), wav.size() - 8);

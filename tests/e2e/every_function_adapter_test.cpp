@@ -16,7 +16,6 @@ using e2e::kNobody;
 using e2e::kPhone;
 using e2e::kSpeaker;
 using e2e::kStrap;
-using e2e::kTablet;
 
 bt_bdname_t NameOf(std::string_view text) {
     bt_bdname_t name{};

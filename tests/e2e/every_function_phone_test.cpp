@@ -14,8 +14,6 @@ using e2e::Heard;
 using e2e::kPhone;
 using e2e::kSpeaker;
 
-constexpr int kCallList = 21;
-
 class EveryHandsFreeFunction : public e2e::EveryFunction {
 protected:
     void Connect() {

@@ -41,7 +41,7 @@ std::vector<std::string> Pages() {
 // A fenced block, and the terminal that the text before it names.
 struct Block {
     std::string language;
-    int terminal = 0;
+    size_t terminal = 0;
     std::string text;
 };
 
@@ -52,7 +52,7 @@ struct Page {
 
 Page Read(const std::string& path) {
     Page page;
-    int terminal = 0;
+    size_t terminal = 0;
     bool is_block = false;
     for (const std::string& line : Lines(support::ReadFile(std::string(kTop) + "/" + path))) {
         if (line.rfind("```", 0) == 0) {
@@ -65,7 +65,7 @@ Page Read(const std::string& path) {
         } else {
             page.prose += line + '\n';
             const std::vector<std::string> named = Match(line, "^Terminal ([12]):");
-            terminal = named.empty() ? terminal : std::stoi(named[1]);
+            terminal = named.empty() ? terminal : std::stoul(named[1]);
         }
     }
     return page;
@@ -204,7 +204,7 @@ public:
     explicit Desk(const e2e::TopDirectory& top) : one_(ShellIn(top), "$ "), two_(ShellIn(top), "$ ") {}
 
     // One line of a block: typed when it has a prompt, waited for when it is an answer.
-    ::testing::AssertionResult Do(int number, const std::string& line) {
+    ::testing::AssertionResult Do(size_t number, const std::string& line) {
         const std::string prompt = PromptOf(line);
         if (line == "...") {
             return ::testing::AssertionSuccess();
@@ -230,7 +230,7 @@ public:
 
     // Behind a block whose last answer is not shown: what was typed must have been done before somebody
     // turns to the other terminal.
-    ::testing::AssertionResult Settle(int number, const std::string& last_line) {
+    ::testing::AssertionResult Settle(size_t number, const std::string& last_line) {
         if (last_line != "..." && PromptOf(last_line).empty()) {
             return ::testing::AssertionSuccess();
         }
@@ -239,7 +239,7 @@ public:
     }
 
     void Leave() {
-        for (const int number : {1, 2}) {
+        for (const size_t number : {1U, 2U}) {
             ASSERT_TRUE(has_prompt_[number - 1] || Came(number, "$ "));
             At(number).Type("exit\r");
             EXPECT_EQ(At(number).ExitCode(), 0) << At(number).Text();
@@ -266,7 +266,7 @@ private:
         return found.empty() ? line : found[1];
     }
 
-    ::testing::AssertionResult Came(int number, const std::string& words) {
+    ::testing::AssertionResult Came(size_t number, const std::string& words) {
         if (At(number).WaitFor(words)) {
             return ::testing::AssertionSuccess();
         }
@@ -275,7 +275,7 @@ private:
                << At(number).Text();
     }
 
-    e2e::Terminal& At(int number) { return number == 1 ? one_ : two_; }
+    e2e::Terminal& At(size_t number) { return number == 1 ? one_ : two_; }
 
     e2e::Terminal one_;
     e2e::Terminal two_;
@@ -306,7 +306,7 @@ TEST_P(PageWithConsole, IsTrueLineByLine) {
         if (block.language != "console") {
             continue;
         }
-        ASSERT_NE(block.terminal, 0) << "no text says at which terminal:\n" << block.text;
+        ASSERT_NE(block.terminal, 0U) << "no text says at which terminal:\n" << block.text;
         const std::vector<std::string> lines = Lines(block.text);
         for (const std::string& line : lines) {
             ASSERT_TRUE(desk.Do(block.terminal, line)) << line;

@@ -187,8 +187,9 @@ private:
 };
 
 #define LISTEN(table, member)                                                                          \
-    Listen<&std::remove_reference_t<decltype(table)>::member>(table, #table, #member)
+    (Listen<&std::remove_reference_t<decltype(table)>::member>(table, #table, #member))
 
+// NOLINTNEXTLINE(readability-function-size): one row for each callback
 inline Callbacks::Callbacks() {
     LISTEN(bluetooth, state_changed_cb);
     LISTEN(bluetooth, bt_version_cb);

@@ -18,7 +18,6 @@ namespace {
 
 using e2e::ExampleCapture;
 using e2e::RunningSim;
-using support::Process;
 
 const std::vector<std::string> kSomebodyCalls = {"--ring-after", "1000", "--ring-number",
                                                  "+4930123456"};

@@ -82,7 +82,7 @@ TEST_F(RfcommWithoutMemory, AConnectionThatNobodyTookIsGivenBackWhenTheModuleSto
 }
 
 TEST_F(RfcommWithoutMemory, AServersConnectionWithoutMemoryEndsItsAccepts) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     std::list<Sleeper<ClientSocket>> accepting;
     for (int i = 0; i < 2; ++i) {
         accepting.emplace_back([=] { return vym_rfcomm_accept(server); });
@@ -126,7 +126,7 @@ TEST_F(RfcommWithoutMemory, ASocketOfAServerWithoutMemoryIsNone) {
 
 TEST_F(RfcommWithoutMemory, AWriteFailsAndTheNextSucceeds) {
     const support::SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     {
         const FailingAllocations failing;
         EXPECT_EQ(Write(sock, "lost"), -1);
@@ -139,7 +139,7 @@ TEST_F(RfcommWithoutMemory, AWriteFailsAndTheNextSucceeds) {
 
 TEST_F(RfcommWithoutMemory, AMessageWithoutMemoryEndsTheChannel) {
     const support::SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     {
         const FailingAllocations failing;
         Feed(end, Message(0x1234, 9, "lost"));
@@ -155,7 +155,7 @@ TEST_F(RfcommWithoutMemory, AMessageWithoutMemoryEndsTheChannel) {
 }
 
 TEST_F(RfcommWithoutMemory, AHandOverWithoutMemoryIsClosed) {
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     {
         const FailingAllocations failing(0, 1);
         const support::SocketPair& end = HandOver();
@@ -170,7 +170,7 @@ TEST_F(RfcommWithoutMemory, AHandOverWithoutMemoryIsClosed) {
 }
 
 TEST_F(RfcommWithoutMemory, AHandOverWithoutAThreadCanBeWrittenTo) {
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     const memory::FailingThreads failing;
     const support::SocketPair& end = HandOver();
     EXPECT_EQ(failing.Failed(), 1);
@@ -213,7 +213,7 @@ protected:
         if (is_listed) {
             Handle({ConnectionResult("00001234", true)});
         }
-        const ClientSocket sock = CALL(vym_rfcomm_accept)(server);
+        auto* const sock = CALL(vym_rfcomm_accept)(server);
         EXPECT_TRUE(sock != nullptr || Failed());
         return sock;
     }
@@ -230,9 +230,8 @@ protected:
         Handle({"SL0005"});
         char name[] = "SPP";
         const int without_entry = failing_->Asked() + 2; // after the command and the socket
-        const ServerSocket server = Command("AT#SL" + wire::kSerialPortDigits + "00SPP\r\n", [&name] {
-            return CALL(vym_rfcomm_listen)(kSerialPort, 0, name);
-        });
+        auto* const server = Command("AT#SL" + wire::kSerialPortDigits + "00SPP\r\n",
+                                     [&name] { return CALL(vym_rfcomm_listen)(kSerialPort, 0, name); });
         if (server == nullptr) {
             EXPECT_TRUE(Failed());
             return;

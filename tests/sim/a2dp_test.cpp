@@ -24,7 +24,7 @@ public:
 
 /// The next packet of the audio descriptor, with its header.
 std::string packet(const sim::UniqueFd& audio) {
-    const std::string header = read_exactly(audio.get(), 4);
+    std::string header = read_exactly(audio.get(), 4);
     if (header.size() < 4) {
         ADD_FAILURE() << "the stream ends";
         return header;

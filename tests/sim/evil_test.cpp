@@ -436,7 +436,7 @@ size_t first_descriptors(int socket) {
 /// A seed that does this to the first descriptor of a server that is switched on.
 std::string seed_of(const std::string& kind, const std::string& wanted) {
     for (int seed = 1; seed < kPatience; ++seed) {
-        const std::string options = std::to_string(seed) + kind;
+        std::string options = std::to_string(seed) + kind;
         Evil evil(sim::to_evil_options(options));
         static_cast<void>(evil.on_event("PA01", false));
         if (shape(evil.on_event("PD0100000007", true)) == wanted) {

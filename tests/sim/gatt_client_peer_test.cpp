@@ -374,9 +374,8 @@ TEST(SimGattClient, PreparedWritesAreJudgedTogether) {
     GattSim sim(kSensor);
     EXPECT_EQ(sim.answers("KM0001" + kLog + "02000003old"), Strings{"KN000100" + kLogTold});
     for (const char* piece : {"03000100", "03000101"}) { // 256 and 257 bytes
-        const std::string fields(piece);
-        const size_t size = fields == "03000100" ? 256 : 257;
-        EXPECT_EQ(sim.answers("KM0001" + kLog + fields + std::string(size, 'p')),
+        const size_t size = std::string(piece) == "03000100" ? 256 : 257;
+        EXPECT_EQ(sim.answers("KM0001" + kLog + piece + std::string(size, 'p')),
                   Strings{"KN000100" + kLogTold});
     }
     EXPECT_EQ(sim.answers("KP000101"), Strings{"KO00010D"});

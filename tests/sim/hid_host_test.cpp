@@ -285,8 +285,7 @@ TEST(SimHidHost, MalformedCommandsAreNamedInTheLog) {
                             "DC",
                             "DC01",
                             "DC01000000010002\xA1",
-                            "DC0100000001"
-                            "0001\xDC",
+                            "DC01000000010001\xDC",
                             "DC01000000010001\xA1x",
                             "DE",
                             "DE0",

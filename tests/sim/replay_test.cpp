@@ -15,7 +15,7 @@
 
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string kHeader = "btsnoop\0\0\0\0\1\0\0\x03\xEA"s;
 
@@ -452,7 +452,7 @@ TEST(Replay, HandsOverADescriptorThatTakesEverything) {
     EXPECT_EQ(client.event(), "PA01");
     const sim::UniqueFd transport = client.descriptor();
     // More than a socket holds: somebody reads it.
-    const std::string bytes(1024 * 1024, 'x');
+    const std::string bytes(size_t{1024} * 1024, 'x');
     EXPECT_EQ(send(transport.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(bytes.size()));
     char c = 0;

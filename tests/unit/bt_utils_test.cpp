@@ -613,7 +613,10 @@ private:
 
 TEST(BtUtilsTime, IsThatOfTheTimeZone) {
     const TimeZone zone("EAST-5:30");
-    const auto minute_of_day = [](time_t seconds) { return (seconds / 60 + 5 * 60 + 30) % (24 * 60); };
+    constexpr time_t kHour = 60; // minutes
+    const auto minute_of_day = [](time_t seconds) {
+        return (seconds / 60 + 5 * kHour + 30) % (24 * kHour);
+    };
     time_t before = 0;
     time_t after = 0;
     std::string text;

@@ -36,7 +36,7 @@ inline std::string& Logged() {
     return logged;
 }
 
-inline void KeepLog(const char* format, va_list args) {
+__attribute__((format(printf, 1, 0))) inline void KeepLog(const char* format, va_list args) {
     char line[200];
     vsnprintf(line, sizeof line, format, args);
     Logged() += line;

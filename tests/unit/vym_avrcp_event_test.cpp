@@ -15,7 +15,6 @@
 
 namespace {
 
-using unit::Logged;
 using unit::Row;
 using unit::Told;
 

@@ -35,7 +35,7 @@ std::string& TheLog() {
     return log;
 }
 
-void KeepLog(const char* format, va_list args) {
+__attribute__((format(printf, 1, 0))) void KeepLog(const char* format, va_list args) {
     std::array<char, 256> text{};
     vsnprintf(text.data(), text.size(), format, args);
     TheLog() += text.data();

@@ -13,7 +13,6 @@
 
 namespace {
 
-using unit::Logged;
 using unit::Row;
 using unit::Told;
 

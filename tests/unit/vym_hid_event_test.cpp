@@ -16,7 +16,6 @@
 
 namespace {
 
-using unit::Logged;
 using unit::Row;
 using unit::Told;
 

@@ -183,7 +183,9 @@ TEST_F(PbapDecoders, LookAtNothingBehindTheNul) {
     for (const char* event :
          {"TD7000A000", "TD70001FF99", "TP010002FFFFabc", "TRFFFFFFabc", "TD", "TDF0001"}) {
         Calls().clear();
-        EXPECT_EQ(Offer(support::Event(event) + next + next), static_cast<int>(strlen(event))) << event;
+        EXPECT_EQ(Offer(support::Event(event).append(next).append(next)),
+                  static_cast<int>(strlen(event)))
+            << event;
         EXPECT_EQ(Calls(), Texts{}) << event;
     }
     EXPECT_EQ(Offer(support::Event("TD7000A0000") + next), 11);

@@ -187,6 +187,7 @@ TEST_F(PbapList, NoListAndNoNodeAreNothing) {
 
 TEST_F(PbapList, ThreadsMayShareOne) {
     std::vector<NODESTRU*> nodes;
+    nodes.reserve(100);
     for (int i = 0; i < 100; ++i) {
         nodes.push_back(Node(static_cast<char>('!' + i % 90)));
     }

@@ -8,10 +8,12 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 // The thread sanitizer would let each of several hundred processes sleep for a second at its end.
@@ -28,7 +30,10 @@ using Words = std::vector<std::string>;
 class Directory {
 public:
     Directory() { EXPECT_NE(mkdtemp(path_.data()), nullptr); }
-    ~Directory() { static_cast<void>(!std::system(("rm -rf " + path_).c_str())); }
+    ~Directory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     Directory(const Directory&) = delete;
     Directory& operator=(const Directory&) = delete;
     Directory(Directory&&) = delete;

@@ -16,7 +16,6 @@
 namespace {
 
 using vymctl::Event;
-using vymctl::Hub;
 using vymctl::hub;
 using vymctl::Json;
 using vymctl::Wait;
@@ -74,10 +73,10 @@ TEST(Slot, ShowsRecordsCountedListsAndBlocks) {
     callbacks_of<gatt_client_callback_t>("gattc").scan_result_cb(kPhone, 200, 0, nullptr, 1);
     EXPECT_EQ(screen.lines(),
               (Lines{"hfp.call index=2 direction=in state=incoming conference=no number=+4930",
-                     "adapter.found address=2A:41:6E:6E:61:01 type=both class=5898764 rssi=-52 "
-                     "name=\"Anna's phone\" uuids=1101,110A",
-                     "adapter.found address=2A:41:6E:6E:61:01 type=br-edr class=0 rssi=0 "
-                     "name=\"Anna's phone\" uuids=-",
+                     ("adapter.found address=2A:41:6E:6E:61:01 type=both class=5898764 rssi=-52 "
+                      "name=\"Anna's phone\" uuids=1101,110A"),
+                     ("adapter.found address=2A:41:6E:6E:61:01 type=br-edr class=0 rssi=0 "
+                      "name=\"Anna's phone\" uuids=-"),
                      "gattc.advertisement address=2A:41:6E:6E:61:01 rssi=-56 data=020106 type=1",
                      "gattc.advertisement address=2A:41:6E:6E:61:01 rssi=-56 data=\"\" type=1"}));
 }

@@ -15,7 +15,7 @@ using capture_bytes::Events;
 using capture_bytes::kHeader;
 using capture_bytes::Result;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 nlohmann::json DataOf(const std::string& records) {
     const Traces traces;

@@ -19,15 +19,16 @@ using capture_bytes::Events;
 using capture_bytes::kHeader;
 using capture_bytes::Record;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 /** One a line, such as "12 vym.hfp.dial.number=+4930": the number of the record first. */
 using Fields = std::vector<std::string>;
 
 void Flatten(const nlohmann::ordered_json& value, const std::string& path, Fields* fields) {
     if (value.is_object()) {
+        const std::string below = path + ".";
         for (const auto& [name, member] : value.items()) {
-            Flatten(member, path + "." + name, fields);
+            Flatten(member, below + name, fields);
         }
     } else if (value.is_array()) {
         for (const auto& member : value) {
@@ -42,15 +43,15 @@ Fields FieldsOfJson(const std::string& lines) {
     Fields fields;
     for (const std::string& line : support::Lines(lines)) {
         const auto json = nlohmann::ordered_json::parse(line);
-        const std::string start = json["record"].dump() + " vym";
+        const std::string start = json["record"].dump() + " vym.";
         for (const auto& [name, value] : json.items()) {
             if (name == "fields") {
                 Flatten(value,
-                        start + "." + json["profile"].get<std::string>() + "." +
+                        start + json["profile"].get<std::string>() + "." +
                             json["name"].get<std::string>(),
                         &fields);
             } else if (name != "time" && name != "record" && name != "offset") {
-                Flatten(value, start + "." + name, &fields);
+                Flatten(value, start + name, &fields);
             }
         }
     }
@@ -77,13 +78,14 @@ std::string Attribute(const std::string& element, const std::string& name) {
 
 Fields FieldsOfTshark(const std::string& pdml) {
     Fields fields;
-    std::string number;
+    std::string start;
     for (const std::string& line : support::Lines(pdml)) {
         const std::string name = Attribute(line, "name");
         if (name == "num") {
-            number = Attribute(line, "show");
+            start = Attribute(line, "show") + " ";
         } else if (name.rfind("vym.", 0) == 0) {
-            fields.push_back(number + " " + name + "=" + Attribute(line, "show"));
+            const std::string field = name + "=" + Attribute(line, "show");
+            fields.push_back(start + field);
         }
     }
     return fields;

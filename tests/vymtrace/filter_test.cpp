@@ -15,7 +15,7 @@ using capture_bytes::Command;
 using capture_bytes::Events;
 using capture_bytes::Result;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 using Strings = std::vector<std::string>;
 

@@ -15,7 +15,7 @@ using capture_bytes::Command;
 using capture_bytes::Events;
 using capture_bytes::kHeader;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 void Append(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary | std::ios::app) << bytes;

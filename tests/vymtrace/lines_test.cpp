@@ -16,7 +16,7 @@ using capture_bytes::kHeader;
 using capture_bytes::Record;
 using capture_bytes::Result;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 // A connection, a call list, blocks and lists, and what nobody knows.
 std::string Conversation() {

@@ -16,7 +16,7 @@ using capture_bytes::kHeader;
 using capture_bytes::Record;
 using capture_bytes::Result;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 /// The records that become of these.
 std::string Scrubbed(const std::string& records) {

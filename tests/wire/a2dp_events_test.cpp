@@ -7,7 +7,7 @@
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(A2dp, ProfileConformance, A2dpProfile);
+INSTANTIATE_TYPED_TEST_SUITE_P(A2dp, ProfileConformance, A2dpProfile, );
 
 } // namespace wire
 

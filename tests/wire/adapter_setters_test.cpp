@@ -62,9 +62,10 @@ TEST_F(AdapterSetters, SettersThatWaitGiveUpAfterASecond) {
     EXPECT_EQ(AskInVain([&name] { return vym_bluetooth_set_name(name); }, "AT#BB010003Car\r\n"),
               BT_STATUS_SUCCESS);
     EXPECT_EQ(Printed("wait for sync event(1) Failed!!!\n"), 1U);
-    const auto mode = static_cast<bt_scan_mode_t>(0x71727374);
-    EXPECT_EQ(AskInVain([mode] { return vym_bluetooth_set_scan_mode(mode); }, "AT#BB070004tsrq\r\n"),
-              BT_STATUS_SUCCESS);
+    const auto set_mode = [] {
+        return vym_bluetooth_set_scan_mode(static_cast<bt_scan_mode_t>(0x71727374));
+    };
+    EXPECT_EQ(AskInVain(set_mode, "AT#BB070004tsrq\r\n"), BT_STATUS_SUCCESS);
     EXPECT_EQ(Printed("wait for sync event(7) Failed!!!\n"), 1U);
 }
 

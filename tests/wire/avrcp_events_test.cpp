@@ -24,7 +24,7 @@ struct Profile {
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Avrcp, ProfileConformance, avrcp::Profile);
+INSTANTIATE_TYPED_TEST_SUITE_P(Avrcp, ProfileConformance, avrcp::Profile, );
 
 } // namespace wire
 

@@ -11,7 +11,7 @@
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(GattClient, ProfileConformance, gattc::Profile);
+INSTANTIATE_TYPED_TEST_SUITE_P(GattClient, ProfileConformance, gattc::Profile, );
 
 } // namespace wire
 
@@ -50,7 +50,7 @@ TEST_F(GattClientEvents, ArriveBeforeTheirNulUnlessTheyEndInABlock) {
 // when the event's end comes in a later read; the two here would be one of the adapter's and one of the
 // HID device's.
 TEST_F(GattClientEvents, TheEndOfACharacteristicsPropertiesIsNoEvent) {
-    for (const auto& [digits, value] : {std::pair<std::string, std::string>{"7FBE0102", "2143158530"},
+    for (const auto& [digits, value] : {std::pair<const char*, const char*>{"7FBE0102", "2143158530"},
                                         {"7FDF0102", "2145321218"},
                                         {"00KG1234", "0"}}) {
         SCOPED_TRACE(digits);

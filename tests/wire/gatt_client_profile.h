@@ -61,6 +61,7 @@ void Say(const char* name, const Values&... values) {
     wire::ProfileRecord().Add(CallText(name, values...));
 }
 
+// NOLINTNEXTLINE(readability-function-size): one entry for each callback
 inline gatt_client_callback_t RecordingTable() {
     using Address = bt_bdaddr_t;
     using Uuid = bt_uuid_t;

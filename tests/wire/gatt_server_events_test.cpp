@@ -7,7 +7,7 @@
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(GattServer, ProfileConformance, GattServerProfile);
+INSTANTIATE_TYPED_TEST_SUITE_P(GattServer, ProfileConformance, GattServerProfile, );
 
 } // namespace wire
 

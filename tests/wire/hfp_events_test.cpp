@@ -14,7 +14,7 @@
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Hfp, ProfileConformance, HfpProfile);
+INSTANTIATE_TYPED_TEST_SUITE_P(Hfp, ProfileConformance, HfpProfile, );
 
 } // namespace wire
 

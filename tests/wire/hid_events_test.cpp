@@ -7,7 +7,7 @@
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Hid, ProfileConformance, HidProfile);
+INSTANTIATE_TYPED_TEST_SUITE_P(Hid, ProfileConformance, HidProfile, );
 
 } // namespace wire
 

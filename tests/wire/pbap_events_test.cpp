@@ -7,7 +7,7 @@
 
 namespace wire {
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Pbap, ProfileConformance, PbapProfile);
+INSTANTIATE_TYPED_TEST_SUITE_P(Pbap, ProfileConformance, PbapProfile, );
 
 } // namespace wire
 

@@ -4,7 +4,9 @@
 // What every profile owes the application, whatever its events are. A profile says how it starts and
 // what its events are, and one line gives it the whole set:
 //
-//     INSTANTIATE_TYPED_TEST_SUITE_P(Hfp, ProfileConformance, HfpProfile);
+//     INSTANTIATE_TYPED_TEST_SUITE_P(Hfp, ProfileConformance, HfpProfile, );
+//
+// Behind the last comma there could be a generator of names; without the comma that would be GNU C++.
 //
 // A profile is a type with
 //     static void Init(Table table);             // kWhole records into Record()

@@ -8,7 +8,7 @@
 #include <cstddef>
 
 namespace wire {
-INSTANTIATE_TYPED_TEST_SUITE_P(Rfcomm, ProfileConformance, RfcommProfile);
+INSTANTIATE_TYPED_TEST_SUITE_P(Rfcomm, ProfileConformance, RfcommProfile, );
 } // namespace wire
 
 namespace {

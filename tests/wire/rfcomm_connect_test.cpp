@@ -33,7 +33,7 @@ TEST_F(RfcommConnect, ASuccessIsASocketWithTheResultsValues) {
     ExpectConnectCommand();
     EXPECT_TRUE(connecting.FallsAsleep());
     Server().Send(support::Event(ConnectionResult("00001234")));
-    const ClientSocket sock = connecting.Get();
+    auto* const sock = connecting.Get();
     ASSERT_NE(sock, nullptr);
     EXPECT_EQ(sock->status, 0);
     EXPECT_EQ(support::ValueText(sock->address), "A1B2C3D4E5F6");
@@ -66,7 +66,7 @@ TEST_F(RfcommConnect, AnyClientsResultEndsTheWait) {
     EXPECT_EQ(connecting.Get(), nullptr) << "the other device's connection is none to this one";
     // The connection is there all the same.
     Handle({ConnectionResult("00000002")});
-    const ClientSocket other = vym_rfcomm_connect(kOther, kSerialPort, 5);
+    auto* const other = vym_rfcomm_connect(kOther, kSerialPort, 5);
     ASSERT_NE(other, nullptr);
     EXPECT_EQ(other->handle, 1);
 }
@@ -84,18 +84,18 @@ TEST_F(RfcommConnect, AServersResultDoesNotEndTheWait) {
     Handle({ConnectionResult("00000001", true), "SL0005", "SF0000000001"});
     EXPECT_TRUE(connecting.FallsAsleep());
     Server().Send(support::Event(ConnectionResult("00000002")));
-    const ClientSocket sock = connecting.Get();
+    auto* const sock = connecting.Get();
     ASSERT_NE(sock, nullptr);
     EXPECT_EQ(sock->handle, 2) << "the connection of the server side is not a client's";
 }
 
 TEST_F(RfcommConnect, AnEarlierConnectionThatWasNotReadToItsEndIsFoundFirst) {
-    const ClientSocket first = Connect("00000001");
+    auto* const first = Connect("00000001");
     Handle({"SF0000000001"});
     EXPECT_EQ(Connect("00000002"), first);
     EXPECT_EQ(Read(first), "rfcomm_quit");
     EXPECT_EQ(Read(first), "-1 10");
-    const ClientSocket second = Connect("00000003");
+    auto* const second = Connect("00000003");
     EXPECT_EQ(second->handle, 2);
 }
 
@@ -107,7 +107,7 @@ TEST_F(RfcommConnect, OneResultReleasesOneCaller) {
     Handle({ConnectionResult("00001234")});
     EXPECT_TRUE(support::WaitUntil([&] { return first.IsAsleep() != second.IsAsleep(); }));
     Handle({ConnectionResult("00001235")});
-    const ClientSocket sock = first.Get();
+    auto* const sock = first.Get();
     EXPECT_NE(sock, nullptr);
     EXPECT_EQ(second.Get(), sock);
 }
@@ -123,20 +123,20 @@ TEST_F(RfcommConnect, DoneDoesNotEndAWaitForAConnection) {
 }
 
 TEST_F(RfcommConnect, InitForgetsResultsAndConnections) {
-    const ClientSocket sock = Connect("00001234");
+    auto* const sock = Connect("00001234");
     Handle({ConnectionResult("00001235")});
     vym_rfcomm_init(nullptr);
     Sleeper<ClientSocket> connecting([] { return vym_rfcomm_connect(kPhone, kSerialPort, 5); });
     EXPECT_TRUE(connecting.FallsAsleep());
     Handle({ConnectionResult("00001236")});
-    const ClientSocket fresh = connecting.Get();
+    auto* const fresh = connecting.Get();
     ASSERT_NE(fresh, nullptr);
     EXPECT_EQ(fresh->handle, 0x1236);
     EXPECT_EQ(Read(sock), "-1 10");
 }
 
 TEST_F(RfcommConnect, ClosingOnlyAsks) {
-    const ClientSocket sock = Connect("00001234");
+    auto* const sock = Connect("00001234");
     EXPECT_EQ(vym_rfcomm_close(sock), BT_STATUS_SUCCESS);
     Server().ExpectCommand("AT#SF00001234\r\n");
     EXPECT_EQ(vym_rfcomm_close(sock), BT_STATUS_SUCCESS);
@@ -164,7 +164,7 @@ TEST_F(RfcommListen, TheServerChoosesTheChannel) {
     Server().ExpectCommand("AT#SLFB349B5F80000080001000000111000000SPP\r\n");
     EXPECT_TRUE(listening.FallsAsleep());
     Server().Send(support::Event("SL010C")); // the status is not looked at
-    const ServerSocket server = listening.Get();
+    auto* const server = listening.Get();
     ASSERT_NE(server, nullptr);
     EXPECT_EQ(server->status, 0);
     EXPECT_EQ(memcmp(&server->uuid, &kSerialPort, sizeof kSerialPort), 0);
@@ -177,11 +177,12 @@ TEST_F(RfcommListen, TheServerChoosesTheChannel) {
 
 TEST_F(RfcommListen, TheNameIsCutInTheRecordOnly) {
     const std::string digits(63, 'n');
+    const std::string command = "AT#SL" + kSerialPortDigits + "FF";
     for (const std::string& more : {std::string(), std::string("1"), std::string("12")}) {
         std::string name = digits + more;
         Handle({"SL0005"});
-        const ServerSocket server = vym_rfcomm_listen(kSerialPort, 255, name.data());
-        Server().ExpectCommand("AT#SL" + kSerialPortDigits + "FF" + name + "\r\n");
+        auto* const server = vym_rfcomm_listen(kSerialPort, 255, name.data());
+        Server().ExpectCommand(command + name + "\r\n");
         ASSERT_NE(server, nullptr);
         EXPECT_EQ(server->service_name, digits);
         CloseServer(server);
@@ -190,7 +191,7 @@ TEST_F(RfcommListen, TheNameIsCutInTheRecordOnly) {
 
 TEST_F(RfcommListen, NoNameIsAnEmptyOne) {
     Handle({"SL0005"});
-    const ServerSocket server = vym_rfcomm_listen(kSerialPort, 0, nullptr);
+    auto* const server = vym_rfcomm_listen(kSerialPort, 0, nullptr);
     Server().ExpectCommand("AT#SL" + kSerialPortDigits + "00\r\n");
     ASSERT_NE(server, nullptr);
     EXPECT_STREQ(server->service_name, "");
@@ -216,19 +217,19 @@ TEST_F(RfcommListen, AClientsResultEndsTheWaitAsWell) {
         Server().ExpectCommand("AT#SL" + kSerialPortDigits + "00SPP\r\n");
         EXPECT_TRUE(listening.FallsAsleep());
         Server().Send(support::Event(ConnectionResult("00001234")));
-        const ServerSocket server = listening.Get();
+        auto* const server = listening.Get();
         ASSERT_NE(server, nullptr);
         // The channel of the result before, 0 at first.
         CloseServer(server, channel);
         CloseServer(Listen("07"), "07");
     }
     // No lock was left behind, and the client's result is still there.
-    const ClientSocket sock = vym_rfcomm_connect(kPhone, kSerialPort, 5);
+    auto* const sock = vym_rfcomm_connect(kPhone, kSerialPort, 5);
     EXPECT_NE(sock, nullptr);
 }
 
 TEST_F(RfcommListen, AcceptWaitsForAConnection) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Sleeper<ClientSocket> accepting([=] { return vym_rfcomm_accept(server); });
     EXPECT_TRUE(accepting.FallsAsleep());
     Handle({ServerConnection("00000009", "06")});
@@ -237,7 +238,7 @@ TEST_F(RfcommListen, AcceptWaitsForAConnection) {
     Handle({ConnectionResult("00000008")});
     EXPECT_TRUE(accepting.FallsAsleep()) << "a client's connection is not its own";
     Server().Send(support::Event(ServerConnection("00001234")));
-    const ClientSocket sock = accepting.Get();
+    auto* const sock = accepting.Get();
     ASSERT_NE(sock, nullptr);
     EXPECT_EQ(sock->handle, 0x1234);
     EXPECT_EQ(sock->incoming_mfs, 0x02A5);
@@ -247,9 +248,9 @@ TEST_F(RfcommListen, AcceptWaitsForAConnection) {
 }
 
 TEST_F(RfcommListen, AConnectionBeforeTheAcceptIsNotLost) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Handle({ServerConnection("00001234")});
-    const ClientSocket sock = vym_rfcomm_accept(server);
+    auto* const sock = vym_rfcomm_accept(server);
     ASSERT_NE(sock, nullptr);
     EXPECT_EQ(sock->handle, 0x1234);
     CloseServer(server);
@@ -257,20 +258,20 @@ TEST_F(RfcommListen, AConnectionBeforeTheAcceptIsNotLost) {
 }
 
 TEST_F(RfcommListen, ASecondAcceptReturnsTheFirstConnectionAgain) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Handle({ServerConnection("00000001"), ServerConnection("00000002")});
-    const ClientSocket sock = vym_rfcomm_accept(server);
+    auto* const sock = vym_rfcomm_accept(server);
     EXPECT_EQ(vym_rfcomm_accept(server), sock);
     Finish(sock, "00000001");
     Handle({ServerConnection("00000003")});
-    const ClientSocket next = vym_rfcomm_accept(server);
+    auto* const next = vym_rfcomm_accept(server);
     ASSERT_NE(next, nullptr);
     EXPECT_EQ(next->handle, 2);
     CloseServer(server);
 }
 
 TEST_F(RfcommListen, AFailedConnectionIsIgnored) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Sleeper<ClientSocket> accepting([=] { return vym_rfcomm_accept(server); });
     EXPECT_TRUE(accepting.FallsAsleep());
     Handle({ConnectionResult("00001234", true, "05", "A1B2C3D4E5F6", "0A"),
@@ -284,16 +285,16 @@ TEST_F(RfcommListen, AFailedConnectionIsIgnored) {
 TEST_F(RfcommListen, AConnectionThatNobodyListensForIsKept) {
     Handle({ServerConnection("00001234")});
     EXPECT_EQ(Printed("on_rfcomm_connection_result_cbk rfcomm_svr_info is null"), 1U);
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Handle({ServerConnection("00001235")});
-    const ClientSocket sock = vym_rfcomm_accept(server);
+    auto* const sock = vym_rfcomm_accept(server);
     ASSERT_NE(sock, nullptr);
     EXPECT_EQ(sock->handle, 0x1234) << "the channel's first connection";
     CloseServer(server);
 }
 
 TEST_F(RfcommListen, ClosingTheServerEndsEveryAccept) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     std::list<Sleeper<ClientSocket>> accepting;
     for (int i = 0; i < 3; ++i) {
         accepting.emplace_back([=] { return vym_rfcomm_accept(server); });
@@ -310,16 +311,16 @@ TEST_F(RfcommListen, ClosingTheServerEndsEveryAccept) {
 }
 
 TEST_F(RfcommListen, AServerThatHasAcceptedIsNotSignalledWhenItCloses) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Handle({ServerConnection("00001234")});
-    const ClientSocket sock = vym_rfcomm_accept(server);
+    auto* const sock = vym_rfcomm_accept(server);
     Sleeper<ClientSocket> accepting([=] { return vym_rfcomm_accept(server); });
     EXPECT_TRUE(accepting.FallsAsleep());
     CloseServer(server);
     Handle({ServerConnection("00001235")});
     EXPECT_TRUE(accepting.FallsAsleep());
     // A server of the same channel is another one.
-    const ServerSocket again = Listen();
+    auto* const again = Listen();
     Handle({ServerConnection("00001236")});
     EXPECT_EQ(vym_rfcomm_accept(again), sock);
     EXPECT_TRUE(accepting.FallsAsleep());
@@ -331,9 +332,9 @@ TEST_F(RfcommListen, AServerThatHasAcceptedIsNotSignalledWhenItCloses) {
 }
 
 TEST_F(RfcommListen, AServerIsFoundByChannelForClosingAndByUuidTooForAccepting) {
-    const ServerSocket first = Listen();
+    auto* const first = Listen();
     Handle({"SL0005"});
-    const ServerSocket second = vym_rfcomm_listen(bt_uuid_t{}, 0, nullptr);
+    auto* const second = vym_rfcomm_listen(bt_uuid_t{}, 0, nullptr);
     Server().ExpectCommand("AT#SL0000000000000000000000000000000000\r\n");
     ASSERT_NE(second, nullptr);
     Sleeper<ClientSocket> accepting([=] { return vym_rfcomm_accept(first); });
@@ -345,7 +346,7 @@ TEST_F(RfcommListen, AServerIsFoundByChannelForClosingAndByUuidTooForAccepting) 
 }
 
 TEST_F(RfcommListen, DoneEndsAccepts) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Sleeper<ClientSocket> accepting([=] { return vym_rfcomm_accept(server); });
     EXPECT_TRUE(accepting.FallsAsleep());
     vym_rfcomm_done();
@@ -356,9 +357,9 @@ TEST_F(RfcommListen, DoneEndsAccepts) {
 }
 
 TEST_F(RfcommListen, AClosedServersConnectionStaysOpen) {
-    const ServerSocket server = Listen();
+    auto* const server = Listen();
     Handle({ServerConnection("00001234")});
-    const ClientSocket sock = vym_rfcomm_accept(server);
+    auto* const sock = vym_rfcomm_accept(server);
     CloseServer(server);
     EXPECT_TRUE(IsConnected(sock));
     Finish(sock);

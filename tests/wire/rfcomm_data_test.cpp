@@ -24,7 +24,7 @@ class RfcommData : public wire::RfcommTest {
 protected:
     // A socket with a post left over: what was announced has been read without a wait.
     ClientSocket SocketWithAPostLeft(const SocketPair& end) {
-        const ClientSocket sock = Connect();
+        auto* const sock = Connect();
         Deliver(end, sock, Message(0x1234, 0, "early"));
         EXPECT_EQ(Read(sock), "early");
         return sock;
@@ -43,7 +43,7 @@ protected:
 
 TEST_F(RfcommData, AReadWaitsForAMessage) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Sleeper<std::string> reading([=] { return Read(sock); });
     EXPECT_TRUE(reading.FallsAsleep());
     Feed(end, Bytes({0x34, 0x12, 0x00, 0x00, 0x02, 0x03, 0x00, 0x01, 0xFF, 0x00}));
@@ -54,7 +54,7 @@ TEST_F(RfcommData, AReadWaitsForAMessage) {
 
 TEST_F(RfcommData, AReadTakesWhatThereIsUpToItsCount) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Deliver(end, sock, Message(0x1234, 0, "abc") + Message(0x1234, 0, "defg"));
     EXPECT_EQ(Read(sock, 2), "ab");
     EXPECT_EQ(Read(sock, 4), "cdef");
@@ -64,7 +64,7 @@ TEST_F(RfcommData, AReadTakesWhatThereIsUpToItsCount) {
 
 TEST_F(RfcommData, APostThatIsLeftOverNeverMakesAReadReturnNothing) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = SocketWithAPostLeft(end);
+    auto* const sock = SocketWithAPostLeft(end);
     Sleeper<std::string> reading([=] { return Read(sock); });
     ExpectBlockedInPull(sock);
     Feed(end, Message(0x1234, 0, "late"));
@@ -74,7 +74,7 @@ TEST_F(RfcommData, APostThatIsLeftOverNeverMakesAReadReturnNothing) {
 
 TEST_F(RfcommData, CreditAloneWakesNobody) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Sleeper<std::string> reading([=] { return Read(sock); });
     EXPECT_TRUE(reading.FallsAsleep());
     Feed(end, Message(0x1234, 3, ""));
@@ -88,7 +88,7 @@ TEST_F(RfcommData, CreditAloneWakesNobody) {
 
 TEST_F(RfcommData, MessagesForOthersAreDropped) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Deliver(end, sock, Message(0x1235, 9, "not mine") + Message(0x12340000, 9, "nor this"));
     EXPECT_EQ(Available(sock), 0);
     EXPECT_EQ(Credit(sock), 8);
@@ -96,9 +96,9 @@ TEST_F(RfcommData, MessagesForOthersAreDropped) {
 
 TEST_F(RfcommData, DataGoesToTheLastConnectionOfAHandleAndTheEndToTheFirst) {
     const SocketPair& end = HandOver();
-    const ClientSocket first = Connect();
+    auto* const first = Connect();
     Handle({ConnectionResult("00001234", false, "06")});
-    const ClientSocket last = vym_rfcomm_connect(wire::kPhone, wire::kSerialPort, 6);
+    auto* const last = vym_rfcomm_connect(wire::kPhone, wire::kSerialPort, 6);
     ASSERT_NE(last, nullptr);
     Deliver(end, last, Message(0x1234, 0, "data"));
     EXPECT_EQ(Available(first), 0);
@@ -112,7 +112,7 @@ TEST_F(RfcommData, DataGoesToTheLastConnectionOfAHandleAndTheEndToTheFirst) {
 
 TEST_F(RfcommData, AHandleOfMoreThan31BitsGetsNoData) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect("80000001");
+    auto* const sock = Connect("80000001");
     EXPECT_EQ(sock->handle, 0x7FFFFFFF);
     Feed(end, Message(0x80000001, 1, "lost"));
     Deliver(end, sock, Message(0x7FFFFFFF, 0, "found"));
@@ -122,7 +122,7 @@ TEST_F(RfcommData, AHandleOfMoreThan31BitsGetsNoData) {
 
 TEST_F(RfcommData, TheEndIsDataWhileThereIsUnreadData) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Deliver(end, sock, Message(0x1234, 0, "unread"));
     Handle({"SF0000001234"});
     EXPECT_FALSE(IsConnected(sock));
@@ -133,7 +133,7 @@ TEST_F(RfcommData, TheEndIsDataWhileThereIsUnreadData) {
 }
 
 TEST_F(RfcommData, TheEndWakesABlockedRead) {
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Sleeper<std::string> reading([=] { return Read(sock); });
     EXPECT_TRUE(reading.FallsAsleep());
     Server().SendEvents({"SFFF00001234"}); // the status is not looked at
@@ -143,7 +143,7 @@ TEST_F(RfcommData, TheEndWakesABlockedRead) {
 
 TEST_F(RfcommData, TheEndWakesAReadThatIsBlockedInThePull) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = SocketWithAPostLeft(end);
+    auto* const sock = SocketWithAPostLeft(end);
     std::string room(20, '.');
     Sleeper<ssize_t> reading([&] { return vym_rfcomm_read(sock, room.data(), room.size()); });
     ExpectBlockedInPull(sock);
@@ -155,7 +155,7 @@ TEST_F(RfcommData, TheEndWakesAReadThatIsBlockedInThePull) {
 
 TEST_F(RfcommData, ASecondEndPutsASecondMarkerAndLaterDataIsStillTaken) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Handle({"SF0000001234", "SF0000001234"});
     Deliver(end, sock, Message(0x1234, 0, "later"));
     EXPECT_EQ(Read(sock), "rfcomm_quitrfcomm_quitlater");
@@ -164,7 +164,7 @@ TEST_F(RfcommData, ASecondEndPutsASecondMarkerAndLaterDataIsStillTaken) {
 
 TEST_F(RfcommData, AnEndOfAnUnknownHandleIsIgnored) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Handle({"SF0000001235"});
     EXPECT_TRUE(IsConnected(sock));
     Deliver(end, sock, Message(0x1234, 0, "data"));
@@ -174,7 +174,7 @@ TEST_F(RfcommData, AnEndOfAnUnknownHandleIsIgnored) {
 
 TEST_F(RfcommData, AMessageThatDoesNotFitIsDroppedWholeAndItsCreditCounts) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     Feed(end, Message(0x1234, 0, std::string(65535, 'a')) +
                   Message(0x1234, 0, std::string(62456, 'b')) +
                   Message(0x1234, 5, std::string(10, 'c')) + Message(0x1234, 1, "d"));
@@ -192,7 +192,7 @@ TEST_F(RfcommData, AMessageThatDoesNotFitIsDroppedWholeAndItsCreditCounts) {
 }
 
 TEST_F(RfcommData, BadArgumentsOfAReadLeaveTheSocket) {
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     char room = 0;
     EXPECT_EQ(vym_rfcomm_read(sock, nullptr, 1), -1);
     EXPECT_EQ(vym_rfcomm_read_error(), BT_STATUS_PARM_INVALID);
@@ -203,7 +203,7 @@ TEST_F(RfcommData, BadArgumentsOfAReadLeaveTheSocket) {
 
 TEST_F(RfcommData, EveryBlockedReaderLeavesWhenTheConnectionEnds) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = SocketWithAPostLeft(end);
+    auto* const sock = SocketWithAPostLeft(end);
     std::list<Sleeper<std::string>> readers;
     for (int i = 0; i < 4; ++i) { // one of them in the pull
         readers.emplace_back([=] { return Read(sock); });
@@ -219,10 +219,10 @@ TEST_F(RfcommData, EveryBlockedReaderLeavesWhenTheConnectionEnds) {
 
 TEST_F(RfcommData, DoneEndsBlockedReadersAndLeavesWhatWasReceived) {
     const SocketPair& end = HandOver();
-    const ClientSocket full = Connect("00000001");
+    auto* const full = Connect("00000001");
     Deliver(end, full, Message(1, 0, "unread"));
     Handle({ConnectionResult("00001234", false, "06")});
-    const ClientSocket empty = vym_rfcomm_connect(wire::kPhone, wire::kSerialPort, 6);
+    auto* const empty = vym_rfcomm_connect(wire::kPhone, wire::kSerialPort, 6);
     Sleeper<std::string> reading([=] { return Read(empty); });
     EXPECT_TRUE(reading.FallsAsleep());
     vym_rfcomm_done();
@@ -236,7 +236,7 @@ TEST_F(RfcommData, DoneEndsBlockedReadersAndLeavesWhatWasReceived) {
 
 TEST_F(RfcommData, AWriteIsOneMessageWithTheIncomingCredit) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     EXPECT_EQ(Write(sock, Bytes({0x00, 0xDC, 0x0A})), 3);
     EXPECT_TRUE(SameBytes(Bytes({0x34, 0x12, 0x00, 0x00, 0x03, 0x03, 0x00, 0x00, 0xDC, 0x0A}),
                           ReadBytes(end.Near(), 10)));
@@ -248,7 +248,7 @@ TEST_F(RfcommData, AWriteIsOneMessageWithTheIncomingCredit) {
 
 TEST_F(RfcommData, AWriteDoesNotWaitForCredit) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     for (int i = 0; i < 8; ++i) {
         EXPECT_EQ(Write(sock, "x"), 1);
     }
@@ -259,7 +259,7 @@ TEST_F(RfcommData, AWriteDoesNotWaitForCredit) {
 
 TEST_F(RfcommData, RefusedWritesCostNoCredit) {
     HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     char byte = 0;
     EXPECT_EQ(vym_rfcomm_write(sock, nullptr, 1), -1);
     EXPECT_EQ(vym_rfcomm_write(sock, &byte, 0), -1);
@@ -271,7 +271,7 @@ TEST_F(RfcommData, RefusedWritesCostNoCredit) {
 }
 
 TEST_F(RfcommData, AWriteWithoutAChannelFailsAndCostsACredit) {
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     EXPECT_EQ(Write(sock, "x"), -1);
     EXPECT_EQ(Credit(sock), 6);
     const char byte = 0;
@@ -282,7 +282,7 @@ TEST_F(RfcommData, AWriteWithoutAChannelFailsAndCostsACredit) {
 
 TEST_F(RfcommData, MoreThanAHeaderCanTellIsSentAllTheSame) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     for (const size_t size : {65535U, 65536U, 65541U}) {
         const std::string data(size, 'w');
         Sleeper<ssize_t> writing([&] { return Write(sock, data); });
@@ -296,7 +296,7 @@ TEST_F(RfcommData, MoreThanAHeaderCanTellIsSentAllTheSame) {
 
 TEST_F(RfcommData, AWriteDuringWhichTheConnectionEndsFails) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     const std::string data(4000000, 'w');
     Sleeper<ssize_t> writing([&] { return Write(sock, data); });
     EXPECT_TRUE(writing.FallsAsleep()); // the channel is full
@@ -310,7 +310,7 @@ TEST_F(RfcommData, AnAcceptedSocketReadsAndWritesLikeAnyOther) {
     const SocketPair& end = HandOver();
     vym_bluetooth_server_socket_t* server = Listen();
     Handle({ConnectionResult("0000ABCD", true)});
-    const ClientSocket sock = vym_rfcomm_accept(server);
+    auto* const sock = vym_rfcomm_accept(server);
     ASSERT_NE(sock, nullptr);
     Feed(end, Message(0xABCD, 1, "ping"));
     EXPECT_EQ(Read(sock), "ping");

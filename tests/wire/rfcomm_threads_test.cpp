@@ -16,7 +16,6 @@ namespace {
 
 using support::ReadBytes;
 using support::SocketPair;
-using wire::ConnectionResult;
 using wire::Message;
 using ClientSocket = vym_bluetooth_socket_t*;
 
@@ -53,7 +52,7 @@ private:
 
 TEST_F(RfcommThreads, AStreamArrivesWholeWhileOthersWrite) {
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     std::string sent;
     for (int i = 0; i < 100; ++i) {
         sent += "message " + std::to_string(i) + ";";
@@ -83,7 +82,7 @@ TEST_F(RfcommThreads, WritesDoNotMix) {
     constexpr int kMessages = 20;
     constexpr size_t kSize = 30000;
     const SocketPair& end = HandOver();
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     for (int writer = 0; writer < kWriters; ++writer) {
         Run([=] {
             const std::string data(kSize, static_cast<char>('a' + writer));
@@ -109,7 +108,7 @@ TEST_F(RfcommThreads, ReadersOfOneSocketShareWhatComesAndAllSeeItsEnd) {
     size_t sent = 0;
     size_t delivered = 0;
     for (int round = 0; round < 10; ++round) {
-        const ClientSocket sock = Connect();
+        auto* const sock = Connect();
         std::array<std::string, 3> got;
         std::atomic<int> inside{0};
         for (std::string& mine : got) {
@@ -159,7 +158,7 @@ TEST_F(RfcommThreads, ConnectionsComeAndGoWhileOthersLook) {
     std::atomic<bool> written{false};
     Run([&] {
         while (!stop) {
-            const ClientSocket sock = current; // often of a connection that is gone
+            auto* const sock = current.load(); // often of a connection that is gone
             vym_rfcomm_get_address(sock);
             Write(sock, "x");
             vym_rfcomm_find_client(wire::kPhone, 5);
@@ -174,7 +173,7 @@ TEST_F(RfcommThreads, ConnectionsComeAndGoWhileOthersLook) {
         }
     });
     for (int round = 0; round < 30; ++round) {
-        const ClientSocket sock = Connect();
+        auto* const sock = Connect();
         current = sock;
         flowing = true;
         EXPECT_NE(Read(sock), "");
@@ -207,7 +206,7 @@ TEST_F(RfcommThreads, TheModuleStopsAndStartsInTheMiddleOfEverything) {
     for (int round = 0; round < 10; ++round) {
         SocketPair& end = HandOver();
         vym_bluetooth_server_socket_t* server = Listen();
-        const ClientSocket sock = Connect();
+        auto* const sock = Connect();
         for (int i = 0; i < 2; ++i) {
             Run([=] { ReadToTheEnd(sock); });
             Run([=] {
@@ -229,7 +228,7 @@ TEST_F(RfcommThreads, TheModuleStopsAndStartsInTheMiddleOfEverything) {
 }
 
 TEST_F(RfcommThreads, ChannelsAreReplacedWhileOthersWrite) {
-    const ClientSocket sock = Connect();
+    auto* const sock = Connect();
     std::atomic<bool> stop{false};
     for (int i = 0; i < 2; ++i) {
         Run([&] {

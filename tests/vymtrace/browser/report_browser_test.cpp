@@ -12,9 +12,8 @@ namespace {
 
 using capture_bytes::Command;
 using capture_bytes::Events;
-using capture_bytes::kHeader;
 using capture_bytes::Traces;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 std::string Conversation() {
     return Command("AT#HA001A7DDA7113\r\n") + Events("HA03000000FD0000002F001A7DDA7113\0"s, 250) +
